@@ -1,0 +1,35 @@
+// handle.h: the userdata that stands for one object in a script: recognising it, and making it.
+#pragma once
+
+#include <kel/kel.h>
+
+#include <lua.hpp>
+
+// What the userdata holds. The name is fixed when the handle is made; every use resolves it anew. It is null before the
+// handle is complete and after its collection, and every use bears that.
+struct dom_object_t {
+    char *name; // qualified name, owned
+    kl_object_type_t type;
+};
+
+// The metatables' names in the Lua registry.
+inline constexpr char keldom_object_metatable[] = "keldom_object";
+inline constexpr char control_object_metatable[] = "control_object";
+inline constexpr char table_object_metatable[] = "table_object";
+inline constexpr char group_object_metatable[] = "group_object";
+inline constexpr char layer_instance_object_metatable[] = "layer_instance_object";
+inline constexpr char layer_object_metatable[] = "layer_object";
+inline constexpr char screen_object_metatable[] = "screen_object";
+
+// [-0, +0] The handle at an absolute stack position, or null when the value is none: a userdata is a handle when its
+// metatable is `name`'s, or reaches it along the metatables' __index tables. Kept: so is a userdata without a
+// metatable.
+dom_object_t *keldom_check_udata_base(lua_State *L, int index, const char *name);
+
+// [-0, +1] Pushes a new handle and returns 1; or pushes nothing and returns 0 after a warning when the object has no
+// name.
+int keldom_push_as_dom_object(lua_State *L, kl_application_t *app, kl_object_t *object);
+
+// [-0, +1] Pushes an array of handles for the objects of a list and returns 1; or pushes nothing and returns 0 when one
+// of them has no name. Frees the list in both cases.
+int keldom_push_as_dom_objects(lua_State *L, kl_application_t *app, kl_darray_t *darray);

@@ -1,0 +1,45 @@
+// identity.cpp: what a handle says of itself: its name and type, its text, equality, and its end.
+// Nothing here looks at the model.
+#include <string.h>
+
+#include "checks.h"
+#include "entries.h"
+
+int keldom_dom_object_to_string(lua_State *L) {
+    dom_object_t *object = keldom_check_udata_base(L, 1, keldom_object_metatable);
+    lua_pushstring(L, object ? object->name : "nil");
+    return 1;
+}
+
+int keldom_dom_object_equals(lua_State *L) {
+    dom_object_t *a = keldom_check_udata_base(L, 1, keldom_object_metatable);
+    dom_object_t *b = keldom_check_udata_base(L, 2, keldom_object_metatable);
+    lua_pushboolean(L, a && b && a->name && b->name && strcmp(a->name, b->name) == 0);
+    return 1;
+}
+
+// A script can call this by hand: the null name makes the collection that follows, and every later use, harmless.
+int keldom_dom_object_free(lua_State *L) {
+    kl_application_t *app = nullptr;
+    dom_object_t *object = nullptr;
+    if (!get_dom_object(L, app, object)) return 0;
+    kelal_free(object->name);
+    object->name = nullptr;
+    return 0;
+}
+
+int keldom_get_dom_object_name_function(lua_State *L) {
+    kl_application_t *app = nullptr;
+    dom_object_t *object = nullptr;
+    if (!get_dom_object(L, app, object)) return 0;
+    lua_pushstring(L, object->name);
+    return 1;
+}
+
+int keldom_get_dom_object_type_function(lua_State *L) {
+    kl_application_t *app = nullptr;
+    dom_object_t *object = nullptr;
+    if (!get_dom_object(L, app, object)) return 0;
+    lua_pushnumber(L, object->type);
+    return 1;
+}

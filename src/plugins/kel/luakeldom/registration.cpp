@@ -1,0 +1,101 @@
+// registration.cpp: which Lua name calls which entry, in which metatable; and the making of both.
+#include "registration.h"
+
+#include <kel/kel.h>
+
+#include "entries.h"
+#include "handle.h"
+
+namespace {
+
+struct metatable_row {
+    const char *name;
+    int parent_index; // from the top of a stack that holds the rows above
+    const luaL_Reg *methods;
+};
+
+extern const luaL_Reg keldomlib[];
+extern const metatable_row metatables[7];
+extern const char *const type_names[KL_OBJECT_TYPE_APP + 1];
+
+// [-0, +0] Sets a field of the table below the top three: made anew for each metatable, so that handles of different
+// kinds do not share __eq and Lua finds them unequal by itself.
+void set_metamethod(lua_State *L, const char *name, lua_CFunction function) {
+    lua_pushstring(L, name);
+    lua_pushcclosure(L, function, 0);
+    lua_settable(L, -3);
+}
+
+} // namespace
+
+void create_metatable(lua_State *L, const char *name, int parent_index, const luaL_Reg *methods) {
+    luaL_newmetatable(L, name);
+    set_metamethod(L, "__tostring", keldom_dom_object_to_string);
+    set_metamethod(L, "__gc", keldom_dom_object_free);
+    set_metamethod(L, "__eq", keldom_dom_object_equals);
+    lua_pushstring(L, "__index");
+    lua_createtable(L, 0, 0);
+    luaL_openlib(L, nullptr, methods, 0);
+    if (parent_index) {
+        lua_pushvalue(L, parent_index - 3); // the metatable, "__index" and the method table have come on top
+        lua_setmetatable(L, -2);
+    }
+    lua_settable(L, -3);
+}
+
+void keldom_register(lua_State *L) {
+    for (const metatable_row &row : metatables) create_metatable(L, row.name, row.parent_index, row.methods);
+    lua_settop(L, -8);
+    luaL_register(L, "keldom", keldomlib);
+    for (int type = KL_OBJECT_TYPE_CONTROL; type <= KL_OBJECT_TYPE_APP; ++type) {
+        lua_pushnumber(L, type);
+        lua_setfield(L, -2, type_names[type]);
+    }
+    lua_settop(L, -2);
+}
+
+// clang-format off
+namespace {
+
+const luaL_Reg keldomlib[] = {
+    {"get_application",    keldom_get_application_function},
+    {"get_object",         keldom_get_object_function},
+    {"get_control",        keldom_get_control_function},
+    {"get_table",          keldom_get_table_function},
+    {"get_group",          keldom_get_group_function},
+    {"get_layer_instance", keldom_get_layer_instance_function},
+    {"get_layer",          keldom_get_layer_function},
+    {"get_screen",         keldom_get_screen_function},
+    {nullptr,              nullptr},
+};
+
+const luaL_Reg keldom_obj_methods[] = {
+    {"get_name", keldom_get_dom_object_name_function},
+    {"get_type", keldom_get_dom_object_type_function},
+    {nullptr,    nullptr},
+};
+
+const luaL_Reg control_obj_methods[]        = {{nullptr, nullptr}};
+const luaL_Reg table_obj_methods[]          = {{nullptr, nullptr}};
+const luaL_Reg group_obj_methods[]          = {{nullptr, nullptr}};
+const luaL_Reg layer_instance_obj_methods[] = {{nullptr, nullptr}};
+const luaL_Reg layer_obj_methods[]          = {{nullptr, nullptr}};
+const luaL_Reg screen_obj_methods[]         = {{nullptr, nullptr}};
+
+// Parents: none, keldom_object, control_object, then keldom_object each time, one deeper a row.
+const metatable_row metatables[7] = {
+    {keldom_object_metatable,          0, keldom_obj_methods},
+    {control_object_metatable,        -1, control_obj_methods},
+    {table_object_metatable,          -1, table_obj_methods},
+    {group_object_metatable,          -3, group_obj_methods},
+    {layer_instance_object_metatable, -4, layer_instance_obj_methods},
+    {layer_object_metatable,          -5, layer_obj_methods},
+    {screen_object_metatable,         -6, screen_obj_methods},
+};
+
+const char *const type_names[KL_OBJECT_TYPE_APP + 1] = {
+    "CONTROL", "TABLE", "TEMPLATE", "GROUP", "LAYER", "LAYER_INSTANCE", "SCREEN", "APP",
+};
+
+} // namespace
+// clang-format on
