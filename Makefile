@@ -1,0 +1,33 @@
+# The front door. Everything else is behind cmake: see CMakePresets.json.
+.DEFAULT_GOAL := help
+.PHONY: help demo test lint bench clean deps build-dev build-release
+
+APP ?= examples/thermostat
+
+help: ## Show this list
+	@awk -F ':.*## ' '/^[a-z-]+:.*## /{printf "  make %-10s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
+
+demo: deps build-release ## Build all and run the thermostat with its scripts
+	build/release/bin/kel run $(APP) --event press:home.main.target.up --log-level info
+
+test: deps build-dev ## Build all with sanitizers and run every test
+	ctest --preset dev
+
+lint: deps ## Check format, include order, static analysis, Lua and shell scripts
+	tools/lint
+
+bench: deps ## Measure start-up and the host's operations
+	cmake --preset bench && cmake --build --preset bench
+	build/bench/bin/bench_host
+
+clean: ## Remove everything that was built
+	rm -rf build
+
+deps:
+	@tools/install-deps
+
+build-dev:
+	cmake --preset dev && cmake --build --preset dev
+
+build-release:
+	cmake --preset release && cmake --build --preset release

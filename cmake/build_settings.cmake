@@ -1,0 +1,42 @@
+# What every target is built with.
+
+option(KEL_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(KEL_BUILD_TESTS "Build the tests" ON)
+option(KEL_BUILD_BENCHMARKS "Build the benchmarks" OFF)
+
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+find_program(KEL_CCACHE ccache)
+if(KEL_CCACHE)
+  set(CMAKE_C_COMPILER_LAUNCHER ${KEL_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${KEL_CCACHE})
+endif()
+
+# Warnings are errors, everywhere.
+add_library(kel_warnings INTERFACE)
+target_compile_options(kel_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+
+add_library(kel_sanitizers INTERFACE)
+if(KEL_SANITIZE)
+  target_compile_options(kel_sanitizers INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
+                                                  -fno-omit-frame-pointer)
+  target_link_options(kel_sanitizers INTERFACE -fsanitize=address,undefined)
+endif()
+
+# The contract: headers alone.
+add_library(kel_contract INTERFACE)
+target_include_directories(kel_contract INTERFACE ${PROJECT_SOURCE_DIR}/include)
+
+find_package(Lua51 REQUIRED)
+add_library(kel_lua INTERFACE)
+target_include_directories(kel_lua SYSTEM INTERFACE ${LUA_INCLUDE_DIR})
+target_link_libraries(kel_lua INTERFACE ${LUA_LIBRARIES})
