@@ -18,7 +18,8 @@ const char *metatable_for(kl_object_type_t type) {
     return type < std::size(metatable_of_type) ? metatable_of_type[type] : keldom_object_metatable;
 }
 
-// [-1, +1, or +0 at the chain's end] Replaces the metatable on top by the metatable of its __index table.
+// [-0, +0] Replaces the metatable on top by the metatable of its __index table; false, and nothing replaced, where the
+// chain ends.
 bool climb(lua_State *L) {
     lua_getfield(L, -1, "__index");
     bool climbed = lua_type(L, -1) == LUA_TTABLE && lua_getmetatable(L, -1);
