@@ -18,7 +18,7 @@ extern const luaL_Reg keldomlib[];
 extern const metatable_row metatables[7];
 extern const char *const type_names[KL_OBJECT_TYPE_APP + 1];
 
-// [-0, +0] Sets a field of the table below the top three: made anew for each metatable, so that handles of different
+// [-0, +0] Sets a field of the table on top. The closure is made anew for each metatable, so that handles of different
 // kinds do not share __eq and Lua finds them unequal by itself.
 void set_metamethod(lua_State *L, const char *name, lua_CFunction function) {
     lua_pushstring(L, name);
