@@ -12,13 +12,81 @@ using Methods = std::vector<std::pair<std::string, lua_CFunction>>;
 
 // What is registered, row by row: to be kept in step with the module's tables, which is the point of these lists.
 const Methods common_methods = {
-    {"get_name", keldom_get_dom_object_name_function},
-    {"get_type", keldom_get_dom_object_type_function},
+    {"get_name",      keldom_get_dom_object_name_function},
+    {"get_type",      keldom_get_dom_object_type_function},
+    {"get_parents",   keldom_get_parents_function        },
+    {"get_children",  keldom_get_children_function       },
+    {"get_variables", keldom_get_variables_function      },
+    {"get_value",     keldom_get_value_function          },
+    {"set_value",     keldom_set_value_function          },
+    {"get_data",      keldom_get_data_function           },
+    {"set_data",      keldom_set_data_function           },
+    {"key",           keldom_get_key_function            },
 };
-const Methods control_methods = {};
-const Methods table_methods = {};
-const Methods group_methods = {};
-const Methods layer_instance_methods = {};
+const Methods control_methods = {
+    {"get_hidden",   keldom_get_hidden_function  },
+    {"get_x",        keldom_get_x_function       },
+    {"get_y",        keldom_get_y_function       },
+    {"get_width",    keldom_get_width_function   },
+    {"get_height",   keldom_get_height_function  },
+    {"get_position", keldom_get_position_function},
+    {"get_size",     keldom_get_size_function    },
+    {"get_bounds",   keldom_get_bounds_function  },
+    {"set_hidden",   keldom_set_hidden_function  },
+    {"set_x",        keldom_set_x_function       },
+    {"set_y",        keldom_set_y_function       },
+    {"set_width",    keldom_set_width_function   },
+    {"set_height",   keldom_set_height_function  },
+    {"set_position", keldom_set_position_function},
+    {"set_size",     keldom_set_size_function    },
+    {"set_bounds",   keldom_set_bounds_function  },
+    {"hide",         keldom_hide_function        },
+    {"show",         keldom_show_function        },
+    {"clone",        keldom_clone_function       },
+    {"delete",       keldom_delete_function      },
+};
+const Methods table_methods = {
+    {"get_rows", keldom_get_rows_function    },
+    {"get_cols", keldom_get_cols_function    },
+    {"set_rows", keldom_set_rows_function    },
+    {"set_cols", keldom_set_cols_function    },
+    {"cell_key", keldom_get_cell_key_function},
+};
+const Methods group_methods = {
+    {"get_hidden", keldom_get_hidden_function},
+    {"get_x",      keldom_get_x_function     },
+    {"get_y",      keldom_get_y_function     },
+    {"set_hidden", keldom_set_hidden_function},
+    {"set_x",      keldom_set_x_function     },
+    {"set_y",      keldom_set_y_function     },
+    {"hide",       keldom_hide_function      },
+    {"show",       keldom_show_function      },
+    {"clone",      keldom_clone_function     },
+    {"delete",     keldom_delete_function    },
+};
+const Methods layer_instance_methods = {
+    {"get_layer",    keldom_get_dom_object_layer_function},
+    {"get_hidden",   keldom_get_hidden_function          },
+    {"get_x",        keldom_get_x_function               },
+    {"get_y",        keldom_get_y_function               },
+    {"get_width",    keldom_get_width_function           },
+    {"get_height",   keldom_get_height_function          },
+    {"get_alpha",    keldom_get_alpha_function           },
+    {"get_position", keldom_get_position_function        },
+    {"get_size",     keldom_get_size_function            },
+    {"get_bounds",   keldom_get_bounds_function          },
+    {"set_hidden",   keldom_set_hidden_function          },
+    {"set_x",        keldom_set_x_function               },
+    {"set_y",        keldom_set_y_function               },
+    {"set_width",    keldom_set_width_function           },
+    {"set_height",   keldom_set_height_function          },
+    {"set_alpha",    keldom_set_alpha_function           },
+    {"set_position", keldom_set_position_function        },
+    {"set_size",     keldom_set_size_function            },
+    {"set_bounds",   keldom_set_bounds_function          },
+    {"hide",         keldom_hide_function                },
+    {"show",         keldom_show_function                },
+};
 
 struct MetatableRow {
     const char *name;
@@ -39,6 +107,8 @@ const MetatableRow metatable_rows[] = {
 const Methods module_functions = {
     {"get_application",    keldom_get_application_function   },
     {"get_object",         keldom_get_object_function        },
+    {"get_layers",         keldom_get_layers_function        },
+    {"get_screens",        keldom_get_screens_function       },
     {"get_control",        keldom_get_control_function       },
     {"get_table",          keldom_get_table_function         },
     {"get_group",          keldom_get_group_function         },

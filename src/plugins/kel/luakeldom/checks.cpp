@@ -23,6 +23,12 @@ kl_application_t *lua_one_arg_app(lua_State *L) {
     return nullptr;
 }
 
+bool has_arguments(lua_State *L, kl_application_t *app, int minimum, const char *expects) {
+    if (lua_gettop(L) >= minimum) return true;
+    kel_app_log(app, KL_LOG_WARNING, "This function expects %s", expects);
+    return false;
+}
+
 bool get_dom_object(lua_State *L, kl_application_t *&app, dom_object_t *&object) {
     app = keldom_require_app(L);
     if (!app) return false;

@@ -22,6 +22,9 @@ kl_application_t *keldom_require_app(lua_State *L);
 // The application, or null after raising the error that there is not exactly one argument, or no application.
 kl_application_t *lua_one_arg_app(lua_State *L);
 
+// Whether there are at least `minimum` arguments; warns "This function expects <expects>" when not.
+bool has_arguments(lua_State *L, kl_application_t *app, int minimum, const char *expects);
+
 // The first step of every method: the application, and the handle at position 1. False after raising that there is no
 // application, or after the warning that argument 1 is no handle.
 bool get_dom_object(lua_State *L, kl_application_t *&app, dom_object_t *&object);

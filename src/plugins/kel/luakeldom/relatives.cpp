@@ -1,0 +1,81 @@
+// relatives.cpp: the entries that walk from one object to its relatives, or list the application's.
+// Each list is made by a fetcher, lives until its handles are pushed, and is freed by the push.
+#include "checks.h"
+#include "entries.h"
+#include "lookup.h"
+#include "traversal.h"
+
+namespace {
+
+// Returns a new list, or null when there is none for this kind of object or memory is out.
+using fetcher_t = kl_darray_t *(*)(kl_application_t *app, kl_object_t *object);
+
+kl_darray_t *keldom_get_children(kl_application_t *, kl_object_t *object) {
+    kl_darray_t *list = keldom_create_darray(1);
+    if (list) keldom_traverse(object, add_to_darray, list);
+    return list;
+}
+
+kl_darray_t *keldom_get_parents(kl_application_t *app, kl_object_t *object) {
+    switch (object->type) {
+    case KL_OBJECT_TYPE_CONTROL:
+    case KL_OBJECT_TYPE_TABLE:
+    case KL_OBJECT_TYPE_TEMPLATE:
+    case KL_OBJECT_TYPE_GROUP:
+        return keldom_get_darray_of(keldom_find_parent_under(&app->object, keldom_traverse_layers, object, 1));
+    case KL_OBJECT_TYPE_LAYER:
+        return keldom_find_layer_parents(&app->object, object);
+    case KL_OBJECT_TYPE_LAYER_INSTANCE:
+        return keldom_get_darray_of(keldom_find_parent_under(&app->object, keldom_traverse, object, 0));
+    case KL_OBJECT_TYPE_SCREEN:
+        return keldom_get_darray_of(&app->object);
+    case KL_OBJECT_TYPE_APP:
+        return keldom_create_darray(0);
+    default:
+        return nullptr;
+    }
+}
+
+kl_darray_t *keldom_get_screens(kl_application_t *app) { return keldom_get_children(app, &app->object); }
+
+kl_darray_t *keldom_get_layers(kl_application_t *app) {
+    kl_darray_t *list = keldom_create_darray(1);
+    if (list) keldom_traverse_layers(&app->object, add_to_darray, list);
+    return list;
+}
+
+int keldom_push_relatives(lua_State *L, fetcher_t fetch) {
+    kl_application_t *app = lua_one_arg_app(L);
+    if (!app) return 0;
+    kl_object_t *object = keldom_get_object_from_stack(L, app);
+    if (!object) return warn(app, no_such_object);
+    kl_darray_t *list = fetch(app, object);
+    if (!list) return warn(app, no_such_object);
+    return keldom_push_as_dom_objects(L, app, list);
+}
+
+// Kept: without an application these log, where the methods raise; and a list that cannot be made is silently nothing.
+int push_all(lua_State *L, kl_darray_t *(*fetch)(kl_application_t *app)) {
+    kl_application_t *app = kl_lua_get_app(L);
+    if (!app) return warn(app, no_application_for_call);
+    kl_darray_t *list = fetch(app);
+    return list ? keldom_push_as_dom_objects(L, app, list) : 0;
+}
+
+} // namespace
+
+int keldom_get_layers_function(lua_State *L) { return push_all(L, keldom_get_layers); }
+int keldom_get_screens_function(lua_State *L) { return push_all(L, keldom_get_screens); }
+int keldom_get_parents_function(lua_State *L) { return keldom_push_relatives(L, keldom_get_parents); }
+int keldom_get_children_function(lua_State *L) { return keldom_push_relatives(L, keldom_get_children); }
+
+// Kept: what is a warning in its siblings is an error here.
+int keldom_get_dom_object_layer_function(lua_State *L) {
+    kl_application_t *app = nullptr;
+    dom_object_t *handle = nullptr;
+    if (!get_dom_object(L, app, handle)) return 0;
+    kl_object_t *object = keldom_get_object(app, handle->name);
+    if (!object) return raise_error(L, no_such_object);
+    if (object->type != KL_OBJECT_TYPE_LAYER_INSTANCE) return raise_error(L, "Object is not a layer instance");
+    return keldom_push_as_dom_object(L, app, &reinterpret_cast<kl_layer_instance_t *>(object)->layer->object);
+}
