@@ -10,8 +10,8 @@
 
 namespace kelhost {
 
-// Reads the file, or app.json in the folder, at path. What can be read is returned even with faults, so that validate() can
-// name the faults of meaning in the same run; nothing when the file cannot be opened or is not JSON at all.
+// Reads the file, or app.json in the folder, at path. What can be read is returned even with faults, so that validate()
+// can name the faults of meaning in the same run; nothing when the file cannot be opened or is not JSON at all.
 std::optional<ApplicationDescription> read_application_file(const std::string &path, Diagnostics &faults);
 
 // The same from text. file: for messages.

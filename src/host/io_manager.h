@@ -1,10 +1,15 @@
 // io_manager.h: delivers events to listeners, at once or from a queue. The kl_io_mgr_t of the reference host.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <optional>
+#include <set>
 #include <string>
+#include <string_view>
+#include <variant>
 #include <vector>
 
 #include <kel/kel.h>
@@ -13,6 +18,9 @@
 
 namespace kelhost {
 
+// Every event is stamped with the milliseconds since the manager was made, whatever its sender wrote there. Listeners
+// are called in the order in which they subscribed; one that is added during a delivery does not get that event, and
+// one that is removed is not called any more.
 class IoManager {
 public:
     explicit IoManager(Log &log);
@@ -21,24 +29,63 @@ public:
     IoManager &operator=(const IoManager &) = delete;
 
     kl_io_mgr_t *record() noexcept { return &record_; }
+    static IoManager &of(kl_io_mgr_t *record) noexcept { return *static_cast<Record *>(record)->self; }
 
-    // Events that carry nothing but a target; "" is none.
+    // Events that carry nothing but a target; "" is none. Triggers that trigger events are cut with a warning where
+    // they nest too deeply.
     void trigger(const std::string &name, const std::string &target);
     void queue(const std::string &name, const std::string &target);
     // As queue, but an event of the same name and target that waits already is enough.
     void queue_once(const std::string &name, const std::string &target);
 
-    // Delivers until nothing waits; returns how many events and callbacks were delivered. An endless chain of events that
-    // queue events is cut after `most` deliveries with a warning, and the rest stays queued.
+    // Delivers until nothing waits; returns how many events and callbacks were delivered. An endless chain of events
+    // that queue events is cut after `most` deliveries with a warning, and the rest stays queued. Called from inside a
+    // delivery of its own it returns 0: the pump that runs already delivers the rest.
     std::size_t pump(std::size_t most = 100000);
 
-    // ... private members are this file's implementer's to choose
 private:
     struct Record : kl_io_mgr_t {
         IoManager *self = nullptr;
     };
+    struct Slots; // the operations of the record
+
+    struct Event {
+        std::string name;
+        std::optional<std::string> target;
+        std::optional<std::string> format;
+        std::vector<unsigned char> data;
+        std::int32_t timestamp = 0;
+    };
+    struct Callback {
+        io_callback_t function = nullptr;
+        void *user_data = nullptr;
+    };
+    struct Subscription {
+        std::string event_name;
+        io_listener_t listener = nullptr;
+        void *user_data = nullptr;
+        bool removed = false; // while a delivery is under way, instead of being erased
+    };
+
+    Event make_event(const std::string &name, const std::string &target) const;
+    Event copy_event(const kl_event_t &event) const;
+    std::int32_t milliseconds() const;
+    Event *find_waiting(std::string_view name, const std::optional<std::string> &target) noexcept;
+
+    void deliver(Event event);
+    void call_listeners(Event &event);
+    void deliver_next();
+    bool unsubscribe(io_listener_t listener, void *user_data) noexcept;
+    void forget_everything() noexcept;
+
     Record record_;
     Log &log_;
+    std::chrono::steady_clock::time_point start_;
+    std::vector<Subscription> subscriptions_;
+    std::deque<std::variant<Event, Callback>> queue_;
+    std::set<std::string, std::less<>> pointer_events_;
+    int deliveries_ = 0; // under way, one inside the other
+    int pumps_ = 0;      // 1 while a pump is under way
 };
 
 } // namespace kelhost

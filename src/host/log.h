@@ -13,14 +13,15 @@ public:
     // An empty sink writes "warning: text" to standard error.
     Log(LogSink sink, int level);
 
-    // Writes a line unless its level lies above the log's. A line end at its end is cut off. Never throws: what cannot be
-    // written is dropped.
+    // Writes a line unless its level lies above the log's. A line end at its end is cut off. Never throws: what cannot
+    // be written is dropped.
     void write(int level, std::string_view text) noexcept;
 
 #if defined(__GNUC__)
     __attribute__((format(printf, 3, 4)))
 #endif
-    void format(int level, const char *format, ...) noexcept;
+    void
+    format(int level, const char *format, ...) noexcept;
     void format_list(int level, const char *format, std::va_list arguments) noexcept;
 
     // Lines written at KL_LOG_WARNING and KL_LOG_ERROR, dropped ones included.

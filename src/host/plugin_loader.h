@@ -11,6 +11,9 @@
 
 namespace kelhost {
 
+// The host interface version that this host offers. A plug-in that was built for another major version is refused.
+inline constexpr int host_interface_major = 7;
+
 class PluginLoader {
 public:
     explicit PluginLoader(kl_application_t &app);
@@ -18,7 +21,8 @@ public:
     PluginLoader(const PluginLoader &) = delete;
     PluginLoader &operator=(const PluginLoader &) = delete;
 
-    // Loads one plug-in, calls its entry point and its init. Returns "" or what went wrong, with the path.
+    // Loads one plug-in, calls its entry point and its init. Returns "" or what went wrong, with the path. A path is a
+    // file's, never a name to be searched for.
     std::string load(const Plugin &plugin);
 
     // Calls every fini, last loaded first. The code stays loaded: a Lua state may still call it.
@@ -28,8 +32,11 @@ public:
 
 private:
     struct Loaded;
+    std::string start(Loaded &loaded, const Plugin &plugin);
+
     kl_application_t &app_;
-    std::vector<std::unique_ptr<Loaded>> loaded_;
+    std::vector<std::unique_ptr<Loaded>>
+        loaded_; // those that were refused too, until unload(): they may have subscribed
 };
 
 } // namespace kelhost

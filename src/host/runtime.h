@@ -8,6 +8,7 @@
 #include <kelhost/application.h>
 
 #include "data_manager.h"
+#include "event_handlers.h"
 #include "io_manager.h"
 #include "log.h"
 #include "lua_host.h"
@@ -24,12 +25,33 @@ struct ApplicationRecord : kl_application_t {
 
 struct Runtime {
     Runtime(const ApplicationDescription &description, Options options);
-    ~Runtime();
+    ~Runtime(); // stop()
     Runtime(const Runtime &) = delete;
     Runtime &operator=(const Runtime &) = delete;
 
     // app is never null.
     static Runtime &of(kl_application_t *app) noexcept { return *static_cast<ApplicationRecord *>(app)->runtime; }
+
+    // Application::start() and stop(), see there.
+    StartResult start();
+    void stop() noexcept;
+    // Whether scripts can run: from start() to stop(), unless the start failed.
+    bool is_running() const noexcept { return lua.state() != nullptr && !stopped; }
+
+    // Closes a bracket of the data manager for callers who can bear no exception.
+    void release_changes() noexcept;
+
+    // Counts the host's calls into the application, during which it cannot be taken down.
+    class Use {
+    public:
+        explicit Use(Runtime &runtime) noexcept : runtime_(runtime) { ++runtime_.uses; }
+        ~Use() { --runtime_.uses; }
+        Use(const Use &) = delete;
+        Use &operator=(const Use &) = delete;
+
+    private:
+        Runtime &runtime_;
+    };
 
     ApplicationDescription description;
     Options options;
@@ -42,9 +64,17 @@ struct Runtime {
     Model model;
     LuaHost lua;
     PluginLoader plugins;
+    EventHandlers handlers;
     std::string start_failure;
     bool started = false;
     bool stopped = false;
+    int uses = 0;
+
+private:
+    std::string start_plugins();
+    StartResult fail(std::string reason);
+    bool run_scripts();
+    void take_down() noexcept;
 };
 
 } // namespace kelhost

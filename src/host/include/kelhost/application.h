@@ -32,7 +32,7 @@ struct Runtime;
 // A script, handler or piece of code that failed.
 struct ScriptError {
     std::string message;   // "scripts/home.lua:12: what went wrong"
-    std::string traceback; // Lua's, one level a line; empty when the code did not compile
+    std::string traceback; // Lua's: "stack traceback:", then one level a line; empty when no script ran
 };
 
 enum class StartResult : std::uint8_t {
@@ -56,21 +56,24 @@ public:
     Application &operator=(const Application &) = delete;
 
     // Loads the plug-ins, makes the Lua state, delivers "kel.internalinit", runs the scripts in order, subscribes the
-    // handlers, queues "kel.started" and pumps. To be called once.
+    // handlers, queues "kel.started" and pumps. To be called once: any further call does nothing and gives
+    // plugin_failed.
     StartResult start();
 
     // Why start() gave plugin_failed; empty otherwise.
     const std::string &start_failure() const noexcept;
 
-    // Run a file or a piece of code in the Lua state. chunk_name stands before the line in messages. False when it failed:
-    // it is logged and appended to script_errors(). Only after start().
+    // Run a file or a piece of code in the Lua state. chunk_name stands before the line in messages. False when it
+    // failed: it is logged and appended to script_errors(). Only after start(); before it and after stop() they do
+    // nothing and are false.
     bool run_script(const std::string &file);
     bool run_code(std::string_view code, const std::string &chunk_name);
 
     // Compiles every script of the application without running it; what does not compile is a diagnostic with its line.
     Diagnostics check_scripts() const;
 
-    // Queue an event, or deliver it at once. target: an object's qualified name, or "" for nobody in particular.
+    // Queue an event, or deliver it at once. target: an object's qualified name, or "" for nobody in particular. What
+    // is queued before start() is delivered by it; what is triggered before it, by nobody.
     void queue_event(const std::string &name, const std::string &target = {});
     void trigger_event(const std::string &name, const std::string &target = {});
 
@@ -78,6 +81,8 @@ public:
     std::size_t pump();
 
     // Ends the application: plug-ins are told, the Lua state is closed, then the plug-ins go. Further calls do nothing.
+    // What runs in the application (a script, a listener) cannot stop it: that is logged as an error and changes
+    // nothing.
     void stop();
 
     // Looking inside.
@@ -85,7 +90,7 @@ public:
     kl_application_t *record() noexcept; // as plug-ins see it
     lua_State *lua() noexcept;           // null before start() and after stop()
     const std::vector<ScriptError> &script_errors() const noexcept;
-    std::size_t warnings() const noexcept; // lines logged at KL_LOG_WARNING and KL_LOG_ERROR so far, dropped ones included
+    std::size_t warnings() const noexcept; // lines logged at KL_LOG_WARNING and KL_LOG_ERROR, dropped ones included
     int hold_depth() const noexcept;       // open hold_change_listener brackets
 
     // Data variables by key, such as "main.ok.kld_x". keys() are sorted.

@@ -8,8 +8,8 @@
 
 namespace kelhost {
 
-// One line. level is one of KL_LOG_ALWAYS (-1) to KL_LOG_TRACE2 (9), see <kel/kel.h>; text has no line end, but a script
-// error's text holds its traceback on further lines.
+// One line. level is one of KL_LOG_ALWAYS (-1) to KL_LOG_TRACE2 (9), see <kel/kel.h>; text has no line end, but a
+// script error's text holds its traceback on further lines.
 struct LogEntry {
     int level = 0;
     std::string text;

@@ -21,8 +21,9 @@ using FaultHook = bool (*)(std::size_t request, std::size_t nbytes, void *user_d
 // Sets the hook; null takes it away. user_data stays the caller's.
 void set_fault_hook(FaultHook hook, void *user_data) noexcept;
 
-// Makes requests fail for as long as the object lives: the one with this number, counted from 0 at construction, and with
-// `and_all_after` every later one too. One at a time: it takes the place of a hook that was set, and leaves none behind.
+// Makes requests fail for as long as the object lives: the one with this number, counted from 0 at construction, and
+// with `and_all_after` every later one too. One at a time: it takes the place of a hook that was set, and leaves none
+// behind.
 class FailingAllocations {
 public:
     explicit FailingAllocations(std::size_t request, bool and_all_after = false) noexcept;

@@ -16,18 +16,19 @@ namespace kelhost {
 
 // What scripts may reach beyond the safe part of Lua's libraries. All closed by default.
 struct Sandbox {
-    bool io = false;        // the io library
-    bool os = false;        // os.execute, os.exit, os.getenv, os.remove, os.rename, os.tmpname, os.setlocale
-    bool modules = false;   // require, the package library with loadlib
-    bool debug = false;     // the debug library
-    bool newproxy = false;  // newproxy
-    bool bytecode = false;  // precompiled chunks for load, loadstring, loadfile and dofile
+    bool io = false;         // the io library
+    bool os = false;         // os.execute, os.exit, os.getenv, os.remove, os.rename, os.tmpname, os.setlocale
+    bool modules = false;    // require, the package library with loadlib; what it finds may be bytecode or native code
+    bool debug = false;      // the debug library, with which a script can undo its limits
+    bool newproxy = false;   // newproxy
+    bool bytecode = false;   // precompiled chunks for load, loadstring, loadfile and dofile
     bool load_files = false; // loadfile and dofile
 };
 
 // Bounds on one call from the host into Lua (a script or a handler). 0 is no bound.
 struct Limits {
-    std::uint64_t instructions = 0; // of Lua's virtual machine, checked every thousand
+    std::uint64_t instructions = 0; // of Lua's virtual machine, checked every thousand. One step of a library function,
+                                    // such as a long string.find, counts nothing, nor do finalizers (__gc).
     std::size_t memory_bytes = 0;   // of the Lua state as a whole
 };
 
@@ -49,9 +50,9 @@ struct Options {
     Limits limits;
     ErrorMode error_mode = ErrorMode::unwinds;
     std::vector<Plugin> plugins;
-    int log_level = KL_LOG_WARNING;                // lines above this level are dropped
-    LogSink log;                                   // empty: standard error, "warning: text"
-    std::function<void(std::string_view)> output;  // what scripts print, line ends included; empty: standard output
+    int log_level = KL_LOG_WARNING;               // lines above this level are dropped
+    LogSink log;                                  // empty: standard error, "warning: text"
+    std::function<void(std::string_view)> output; // what scripts print, line ends included; empty: standard output
 };
 
 } // namespace kelhost

@@ -1,0 +1,60 @@
+// lua_budget.h: bounds what one call from the host into Lua may use: memory through the state's allocator, instructions
+// through a hook.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <lua.hpp>
+
+#include <kelhost/options.h>
+
+namespace kelhost {
+
+class LuaBudget {
+public:
+    explicit LuaBudget(const Limits &limits) noexcept : limits_(limits) {}
+    LuaBudget(const LuaBudget &) = delete;
+    LuaBudget &operator=(const LuaBudget &) = delete;
+
+    // Makes a state that allocates through this object, which must outlive it. Null when memory is out.
+    lua_State *new_state() noexcept;
+
+    // [-0, +0] Watches the state and every coroutine that scripts make in it. After the libraries are open. May raise.
+    void watch(lua_State *L);
+
+    // Bracket a call into Lua that is not inside another one. Outside the bracket nothing is bounded, so that the
+    // host's own use of the state does not fail. begin: L is the state's main thread; the memory bound is lifted at
+    // first.
+    void begin(lua_State *L) noexcept;
+    void end() noexcept { running_ = false; }
+
+    // Bracket work that must not fail for the bound itself: preparing a call, describing an error.
+    void lift_memory_bound() noexcept { lifted_ = true; }
+    void restore_memory_bound() noexcept { lifted_ = false; }
+
+    // Whether so much of the bound is in use that garbage should be collected before a call: Lua 5.1 fails an
+    // allocation without trying that first.
+    bool needs_room() const noexcept { return limits_.memory_bytes != 0 && memory_ > limits_.memory_bytes / 2; }
+
+    std::size_t memory_bytes() const noexcept { return memory_; } // in use now
+
+private:
+    static void *allocate(void *self, void *block, std::size_t old_bytes, std::size_t new_bytes);
+    static void on_count(lua_State *L, lua_Debug *);
+    static int make_watched_coroutine(lua_State *L);
+    static int guarded_xpcall(lua_State *L);
+    static int guarded_message_handler(lua_State *L);
+    void wrap_field(lua_State *L, const char *name, lua_CFunction wrapper);
+    void charge(lua_State *L, std::uint64_t instructions, int level);
+    bool spent() const noexcept { return running_ && instructions_ >= limits_.instructions; }
+    int period(int wanted) const noexcept;
+
+    Limits limits_;
+    std::size_t memory_ = 0;
+    std::uint64_t instructions_ = 0;
+    bool running_ = false;
+    bool lifted_ = false;
+};
+
+} // namespace kelhost
