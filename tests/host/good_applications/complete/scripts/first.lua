@@ -1,0 +1,1 @@
+-- first.lua: stands for a script; nothing runs it.

@@ -1,0 +1,1 @@
+-- second.lua: stands for a script; nothing runs it.
