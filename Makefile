@@ -8,7 +8,7 @@ help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## /{printf "  make %-10s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
 
 demo: deps build-release ## Build all and run the thermostat with its scripts
-	build/release/bin/kel run $(APP) --event press:home.main.target.up --log-level info
+	build/release/bin/kel run $(APP) --event press:climate.target.warmer --event press:climate.mode.cool
 
 test: deps build-dev ## Build all with sanitizers and run every test
 	ctest --preset dev
