@@ -1,6 +1,5 @@
 // run.cpp: `kel run`: starts an application, then runs what the command line adds to it: scripts, code, events.
 #include "commands.h"
-#include "nearest_name.h"
 #include "output.h"
 #include "plugin_path.h"
 #include "readable.h"
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include <kelhost/application.h>
+#include <kelhost/closest_name.h>
 
 namespace kelhost {
 
@@ -68,16 +68,16 @@ std::string check_log_level(const std::string &text) {
     return "no log level \"" + text + "\"; there are " + names;
 }
 
-// The names of all objects that a script or an event can name now, made by scripts or not.
-std::vector<std::string> object_names(const Application &app) {
-    std::vector<std::string> names;
-    for (const ScreenDescription &screen : app.description().screens) names.push_back(screen.name);
+// Offers the names of all objects that a script or an event can name now, made by scripts or not.
+void offer_objects(const Application &app, ClosestName &closest) {
+    for (const ScreenDescription &screen : app.description().screens) closest.offer(screen.name);
+    std::string last;
     for (const std::string &key : app.keys()) {
-        const std::string owner = key.substr(0, std::min(key.rfind('.'), key.size()));
-        if (owner != key && (names.empty() || names.back() != owner) && app.find(owner) != nullptr)
-            names.push_back(owner);
+        std::string owner = key.substr(0, std::min(key.rfind('.'), key.size()));
+        if (owner == key || owner == last || app.find(owner) == nullptr) continue;
+        closest.offer(owner);
+        last = std::move(owner);
     }
-    return names;
 }
 
 class Run {
@@ -172,9 +172,10 @@ private:
     }
 
     std::string unknown_target(const Event &event) const {
-        const std::string nearest = nearest_name(event.target, object_names(*app_));
+        ClosestName closest(event.target);
+        offer_objects(*app_, closest);
         return "event " + in_words(event) + ": there is no object of that name"
-               + (nearest.empty() ? "" : "; did you mean " + nearest + "?");
+               + (closest.found().empty() ? "" : "; did you mean " + closest.found() + "?");
     }
 
     // Lines that no application wrote pass the same level and count as warnings of this run.

@@ -99,7 +99,9 @@ void Application::trigger_event(const std::string &name, const std::string &targ
 std::size_t Application::pump() {
     if (!runtime_->is_running()) return 0;
     const Runtime::Use use(*runtime_);
-    return runtime_->io.pump();
+    const std::size_t delivered = runtime_->io.pump();
+    if (!runtime_->lua.running()) runtime_->model.reclaim();
+    return delivered;
 }
 
 void Application::stop() { runtime_->stop(); }

@@ -1,5 +1,5 @@
 // closest_name.cpp: edit distance between names.
-#include "closest_name.h"
+#include <kelhost/closest_name.h>
 
 #include <algorithm>
 #include <array>

@@ -78,9 +78,9 @@ Input to_input(const Value &value) noexcept {
     if (const auto *text = std::get_if<std::string>(&value)) {
         input.kind = Input::Kind::text;
         input.text = *text;
-    } else {
+    } else if (const auto *number = std::get_if<double>(&value)) {
         input.kind = Input::Kind::number;
-        input.number = std::get<double>(value);
+        input.number = *number;
     }
     return input;
 }

@@ -24,7 +24,9 @@ bool DataManager::same_value(const Value &left, const Value &right) noexcept {
     const auto *left_number = std::get_if<double>(&left);
     const auto *right_number = std::get_if<double>(&right);
     if (left_number != nullptr && right_number != nullptr) return same_number(*left_number, *right_number);
-    return left == right;
+    const auto *left_text = std::get_if<std::string>(&left);
+    const auto *right_text = std::get_if<std::string>(&right);
+    return left_text != nullptr && right_text != nullptr && *left_text == *right_text;
 }
 
 void DataManager::set_key_policy(std::function<std::optional<std::string>(std::string_view key)> policy) {

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "closest_name.h"
+#include <kelhost/closest_name.h>
 #include "validate.h"
 
 namespace kelhost {

@@ -198,8 +198,16 @@ void IoManager::call_listeners(Event &event) {
                              event.timestamp,
                              static_cast<std::uint32_t>(event.data.size()),
                              event.data.empty() ? nullptr : event.data.data()};
-        entry.listener(&record_, &record, entry.user_data);
+        if (guard_ != nullptr)
+            guard_(guard_context_, entry.listener, &record_, &record, entry.user_data);
+        else
+            entry.listener(&record_, &record, entry.user_data);
     }
+}
+
+void IoManager::guard_listeners(Guard guard, void *context) noexcept {
+    guard_ = guard;
+    guard_context_ = context;
 }
 
 bool IoManager::unsubscribe(io_listener_t listener, void *user_data) noexcept {

@@ -38,6 +38,11 @@ public:
     // As queue, but an event of the same name and target that waits already is enough.
     void queue_once(const std::string &name, const std::string &target);
 
+    // Has every listener called through `guard`, for hosts whose listeners may do what must not pass through the
+    // manager, such as raise a Lua error. Null ends it. context: the guard's own.
+    using Guard = void (*)(void *context, io_listener_t listener, kl_io_mgr_t *mgr, kl_event_t *event, void *user_data);
+    void guard_listeners(Guard guard, void *context) noexcept;
+
     // Delivers until nothing waits; returns how many events and callbacks were delivered. An endless chain of events
     // that queue events is cut after `most` deliveries with a warning, and the rest stays queued. Called from inside a
     // delivery of its own it returns 0: the pump that runs already delivers the rest.
@@ -84,6 +89,8 @@ private:
     std::vector<Subscription> subscriptions_;
     std::deque<std::variant<Event, Callback>> queue_;
     std::set<std::string, std::less<>> pointer_events_;
+    Guard guard_ = nullptr;
+    void *guard_context_ = nullptr;
     int deliveries_ = 0; // under way, one inside the other
     int pumps_ = 0;      // 1 while a pump is under way
 };

@@ -11,7 +11,7 @@
 
 #include <kelhost/description.h>
 
-#include "closest_name.h"
+#include <kelhost/closest_name.h>
 #include "names.h"
 
 namespace kelhost {

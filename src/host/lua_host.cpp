@@ -50,9 +50,10 @@ void assign(std::string &text, const char *begin, std::size_t length) noexcept {
     }
 }
 
-void remove_last_host_frame(std::string &traceback) noexcept {
-    const std::size_t line = traceback.rfind('\n');
-    if (line != std::string::npos && traceback.compare(line, 6, "\n\t[C]:") == 0) traceback.resize(line);
+// The host's own functions, at the bottom of the stack, have no name that Lua knows.
+void remove_host_frames(std::string &traceback) noexcept {
+    constexpr std::string_view host_frame = "\n\t[C]: ?";
+    while (traceback.ends_with(host_frame)) traceback.resize(traceback.size() - host_frame.size());
 }
 
 // The first line of a script may be for the system's shell; its end stays, so that lines count as in the file.
@@ -98,6 +99,24 @@ struct LuaHost::Job {
     void describe_error(lua_State *L);
 };
 
+namespace {
+
+// What lua_cpcall carries to a listener.
+struct ListenerCall {
+    io_listener_t listener;
+    kl_io_mgr_t *mgr;
+    kl_event_t *event;
+    void *user_data;
+
+    static int body(lua_State *L) {
+        auto &call = *static_cast<ListenerCall *>(lua_touserdata(L, 1));
+        call.listener(call.mgr, call.event, call.user_data);
+        return 0;
+    }
+};
+
+} // namespace
+
 LuaHost::LuaHost(Runtime &runtime) : runtime_(runtime), budget_(runtime.options.limits) {}
 
 LuaHost::~LuaHost() { close(); }
@@ -108,7 +127,10 @@ bool LuaHost::open() {
     state_ = budget_.new_state();
     if (state_ == nullptr) return false;
     lua_atpanic(state_, panic);
-    if (lua_cpcall(state_, set_up, this) == 0) return true;
+    if (lua_cpcall(state_, set_up, this) == 0) {
+        runtime_.io.guard_listeners(call_listener, this);
+        return true;
+    }
     close();
     return false;
 }
@@ -127,6 +149,7 @@ int LuaHost::set_up(lua_State *L) {
 
 void LuaHost::close() noexcept {
     if (state_ == nullptr) return;
+    runtime_.io.guard_listeners(nullptr, nullptr);
     lua_close(state_);
     state_ = nullptr;
 }
@@ -283,9 +306,7 @@ bool LuaHost::perform(Job &job) {
 void LuaHost::report(ScriptError error) noexcept {
     try {
         if (error.message.empty()) error.message = out_of_memory;
-        // Below the script stand the two host functions that called it.
-        remove_last_host_frame(error.traceback);
-        remove_last_host_frame(error.traceback);
+        remove_host_frames(error.traceback);
         if (error.traceback == traceback_start) error.traceback.clear();
         runtime_.log.write(KL_LOG_ERROR,
                            error.traceback.empty() ? error.message : error.message + "\n" + error.traceback);
@@ -333,6 +354,19 @@ bool LuaHost::run_chunk(std::string_view code, const std::string &chunk_name) {
 bool LuaHost::call_handler(const HandlerDescription &handler, const kl_event_t &event) {
     Job job{.host = *this, .body = Job::handler_body, .handler = &handler, .event = &event};
     return perform(job);
+}
+
+void LuaHost::call_listener(void *self, io_listener_t listener, kl_io_mgr_t *mgr, kl_event_t *event, void *user_data) {
+    auto &host = *static_cast<LuaHost *>(self);
+    ListenerCall call{listener, mgr, event, user_data};
+    lua_State *const L = host.state_;
+    const int height = lua_gettop(L);
+    if (lua_cpcall(L, ListenerCall::body, &call) != 0) {
+        const char *const message = lua_tostring(L, -1);
+        host.runtime_.log.format(KL_LOG_ERROR, "A listener of event \"%s\" failed: %s", event->name,
+                                 message != nullptr ? message : luaL_typename(L, -1));
+    }
+    lua_settop(L, height);
 }
 
 std::string LuaHost::syntax_error(std::string_view code, const std::string &chunk_name) {

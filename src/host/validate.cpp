@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "closest_name.h"
+#include <kelhost/closest_name.h>
 #include "description_checks.h"
 #include "fault_report.h"
 #include "file.h"

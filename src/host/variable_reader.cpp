@@ -43,6 +43,7 @@ std::optional<DataType> type_of(const JsonValue &json) {
 void read_type(Reader &reader, const JsonValue &json, const Place &place, TypedVariable &) {
     if (type_of(json)) return;
     std::vector<std::string_view> names;
+    names.reserve(data_type_count);
     for (int type = 0; type < data_type_count; ++type) names.push_back(data_type_name(static_cast<DataType>(type)));
     reader.report_mismatch(json, place, choice_text(names));
 }

@@ -105,6 +105,38 @@ TEST_CASE("an application starts in this order: plug-ins, Lua, internal start-up
     CHECK(kl_string_map_get(app.record()->shared_data_map, "luastate") == nullptr);
 }
 
+TEST_CASE("a Lua error in a plug-in's listener is logged, and the other listeners and scripts run") {
+    Started world;
+    const auto failing = [](kl_plugin_state_t *state) {
+        entry(state);
+        state->init = [](kl_application_t *app, const char *, void *) {
+            const io_listener_t listener = [](kl_io_mgr_t *, kl_event_t *, void *user_data) {
+                auto *const application = static_cast<kl_application_t *>(user_data);
+                auto *const L = static_cast<lua_State *>(kl_string_map_get(application->shared_data_map, "luastate"));
+                lua_pushstring(L, "left on the stack");
+                luaL_error(L, "registration went wrong");
+            };
+            return app->linfo->io_mgr->add_event_listener(app->linfo->io_mgr, "kel.internalinit", listener, app);
+        };
+        return 0;
+    };
+    world.options.plugins = {
+        {.path = "", .entry = failing, .args = ""},
+        {.path = "", .entry = entry,   .args = ""}
+    };
+    world.add_script("one.lua", "kel.log('one: ' .. from_plugin)");
+    Application &app = world.create();
+    CHECK(app.start() == StartResult::started);
+    CHECK(world.capture.take_log()
+          == "info: plug-in: init, Lua state missing\n"
+             "error: A listener of event \"kel.internalinit\" failed: registration went wrong\n"
+             "info: plug-in: kel.internalinit\n"
+             "info: one: set by the plug-in");
+    CHECK(lua_gettop(app.lua()) == 0);
+    app.stop();
+    CHECK(world.capture.take_log() == "info: plug-in: fini, Lua state there\ninfo: plug-in: fini, Lua state there");
+}
+
 TEST_CASE("a plug-in that cannot be started keeps everything from running") {
     Started world;
     world.options.plugins = {

@@ -4,7 +4,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "closest_name.h"
+#include <kelhost/closest_name.h>
 
 using namespace kelhost;
 

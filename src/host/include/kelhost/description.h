@@ -1,7 +1,7 @@
 // description.h: an application as its designer describes it: what the application file holds, in plain records.
 //
-// Read from a file by Application::load, or filled by hand and given to Application::create. The records follow the file
-// (schema/application.schema.json) member by member, so a fault has the same JSON path in both.
+// Read from a file by Application::load, or filled by hand and given to Application::create. The records follow the
+// file (schema/application.schema.json) member by member, so a fault has the same JSON path in both.
 #pragma once
 
 #include <cstdint>
