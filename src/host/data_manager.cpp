@@ -2,15 +2,26 @@
 // What a change brings about is data_changes.cpp's, the C operations are data_slots.cpp's.
 #include "data_manager.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <utility>
 
 #include "conversion.h"
+#include "wording.h"
 
 namespace kelhost {
 
 namespace {
+
+// A key as messages show it: as it is when it reads like one, else in quotes.
+std::string key_text(std::string_view key) {
+    const auto usual = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '.'
+               || c == '-';
+    };
+    return !key.empty() && std::all_of(key.begin(), key.end(), usual) ? std::string(key) : quoted(key);
+}
 
 // Whether writing one over the other would be no change.
 bool same_number(double left, double right) {
@@ -65,7 +76,7 @@ WriteResult DataManager::write_new(std::string_view key, const Input &input, std
     if (!may_create(key)) return WriteResult::refused;
     const std::optional<DataType> type = type_if_new ? type_if_new : type_for(input);
     if (!type) {
-        log_.format(KL_LOG_WARNING, "Cannot create %s from %s", std::string(key).c_str(), describe(input).c_str());
+        log_.format(KL_LOG_WARNING, "Cannot create %s from %s", key_text(key).c_str(), describe(input).c_str());
         return WriteResult::refused;
     }
     std::optional<Value> value = convert(key, *type, input);
@@ -136,18 +147,18 @@ std::optional<double> DataManager::to_number(std::string_view key, DataType type
     }
     if (fitted->clamped)
         log_.format(KL_LOG_WARNING, "Value %s for %s (%s) is out of range, %s is written", describe(input).c_str(),
-                    std::string(key).c_str(), data_type_name(type), to_text(Value(fitted->number)).c_str());
+                    key_text(key).c_str(), data_type_name(type), to_text(Value(fitted->number)).c_str());
     return fitted->number;
 }
 
 void DataManager::refuse(std::string_view key, DataType type, const Input &input, const char *reason) {
-    log_.format(KL_LOG_WARNING, "Cannot write %s to %s (%s)%s", describe(input).c_str(), std::string(key).c_str(),
+    log_.format(KL_LOG_WARNING, "Cannot write %s to %s (%s)%s", describe(input).c_str(), key_text(key).c_str(),
                 data_type_name(type), reason);
 }
 
 bool DataManager::may_create(std::string_view key) {
     const std::optional<std::string> reason = policy_ ? policy_(key) : std::nullopt;
-    if (reason) log_.format(KL_LOG_WARNING, "Cannot create %s: %s", std::string(key).c_str(), reason->c_str());
+    if (reason) log_.format(KL_LOG_WARNING, "Cannot create %s: %s", key_text(key).c_str(), reason->c_str());
     return !reason;
 }
 

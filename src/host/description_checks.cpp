@@ -3,8 +3,8 @@
 
 #include <utility>
 
-#include <kelhost/closest_name.h>
 #include "validate.h"
+#include <kelhost/closest_name.h>
 
 namespace kelhost {
 

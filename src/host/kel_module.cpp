@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "c_border.h"
 #include "lua_values.h"
@@ -98,9 +99,13 @@ bool queue(IoManager &io, const char *name, const char *target) noexcept {
 // kel.queue_event(name [, target])
 int queue_event_function(lua_State *L) {
     Runtime &runtime = runtime_of(L);
-    const char *const name = luaL_checkstring(L, 1);
-    luaL_argcheck(L, *name != '\0', 1, "the event's name is empty");
-    const char *const target = luaL_optstring(L, 2, "");
+    std::size_t name_length = 0;
+    std::size_t target_length = 0;
+    const char *const name = luaL_checklstring(L, 1, &name_length);
+    luaL_argcheck(L, name_length != 0, 1, "the event's name is empty");
+    luaL_argcheck(L, std::strlen(name) == name_length, 1, "the event's name has a zero byte");
+    const char *const target = luaL_optlstring(L, 2, "", &target_length);
+    luaL_argcheck(L, std::strlen(target) == target_length, 2, "the target has a zero byte");
     if (!queue(runtime.io, name, target)) luaL_error(L, "not enough memory");
     return 0;
 }

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 
+#include "c_border.h"
 #include "file.h"
 #include "kel_module.h"
 #include "runtime.h"
@@ -107,10 +108,19 @@ struct ListenerCall {
     kl_io_mgr_t *mgr;
     kl_event_t *event;
     void *user_data;
+    bool threw = false;
+
+    // A Lua error jumps past this; an exception must not pass through Lua.
+    void call() noexcept {
+        threw = !at_c_border(false, [this] {
+            listener(mgr, event, user_data);
+            return true;
+        });
+    }
 
     static int body(lua_State *L) {
         auto &call = *static_cast<ListenerCall *>(lua_touserdata(L, 1));
-        call.listener(call.mgr, call.event, call.user_data);
+        call.call();
         return 0;
     }
 };
@@ -358,7 +368,7 @@ bool LuaHost::call_handler(const HandlerDescription &handler, const kl_event_t &
 
 void LuaHost::call_listener(void *self, io_listener_t listener, kl_io_mgr_t *mgr, kl_event_t *event, void *user_data) {
     auto &host = *static_cast<LuaHost *>(self);
-    ListenerCall call{listener, mgr, event, user_data};
+    ListenerCall call{.listener = listener, .mgr = mgr, .event = event, .user_data = user_data};
     lua_State *const L = host.state_;
     const int height = lua_gettop(L);
     if (lua_cpcall(L, ListenerCall::body, &call) != 0) {
@@ -366,6 +376,8 @@ void LuaHost::call_listener(void *self, io_listener_t listener, kl_io_mgr_t *mgr
         host.runtime_.log.format(KL_LOG_ERROR, "A listener of event \"%s\" failed: %s", event->name,
                                  message != nullptr ? message : luaL_typename(L, -1));
     }
+    if (call.threw)
+        host.runtime_.log.format(KL_LOG_ERROR, "A listener of event \"%s\" failed: an exception", event->name);
     lua_settop(L, height);
 }
 

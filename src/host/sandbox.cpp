@@ -177,6 +177,21 @@ void set_loader(lua_State *L, const char *name, lua_CFunction loader, const Sand
     lua_setglobal(L, name);
 }
 
+// ---- Metatables ----
+
+// getmetatable(value). A userdata's metatable stays the host's: with it a script could replace finalizers, which Lua
+// runs in the midst of other calls, and make handles that are none.
+int getmetatable_function(lua_State *L) {
+    luaL_checkany(L, 1);
+    if (lua_isuserdata(L, 1) || lua_getmetatable(L, 1) == 0) {
+        lua_pushnil(L);
+        return 1;
+    }
+    static_cast<void>(
+        luaL_getmetafield(L, 1, "__metatable")); // stands instead of the metatable, which is on top already
+    return 1;
+}
+
 void open_base(lua_State *L, const Sandbox &sandbox) {
     open(L, "", luaopen_base);
     set_loader(L, "load", load_function, sandbox);
@@ -189,6 +204,7 @@ void open_base(lua_State *L, const Sandbox &sandbox) {
         remove_global(L, "dofile");
     }
     if (!sandbox.newproxy) remove_global(L, "newproxy");
+    if (!sandbox.debug && !sandbox.newproxy) lua_register(L, "getmetatable", getmetatable_function);
 }
 
 } // namespace

@@ -404,6 +404,16 @@ TEST_CASE("an unknown key cannot be created from what no variable can hold") {
     CHECK(bench.shown("a.b") == "-");
 }
 
+TEST_CASE("a key that does not read like one is quoted in warnings") {
+    Bench bench;
+    CHECK(bench.data.write("", other("nil")) == WriteResult::refused);
+    CHECK(bench.captured.take() == "warning: Cannot create \"\" from nil");
+    CHECK(bench.data.write("a b", other("table")) == WriteResult::refused);
+    CHECK(bench.captured.take() == "warning: Cannot create \"a b\" from table");
+    CHECK(bench.data.write(std::string_view("a\0b", 3), other("nil")) == WriteResult::refused);
+    CHECK(bench.captured.take() == "warning: Cannot create \"a\\u0000b\" from nil");
+}
+
 TEST_CASE("the policy decides about unknown keys, and gives the reason") {
     Bench bench;
     std::string asked;

@@ -136,6 +136,10 @@ TEST_CASE("queue_event wants a name that is not empty") {
           == "test:1: bad argument #1 to 'queue_event' (the event's name is empty)");
     CHECK(app.error_of("kel.queue_event('go', true)")
           == "test:1: bad argument #2 to 'queue_event' (string expected, got boolean)");
+    CHECK(app.error_of("kel.queue_event('go\\0away')")
+          == "test:1: bad argument #1 to 'queue_event' (the event's name has a zero byte)");
+    CHECK(app.error_of("kel.queue_event('go', 'main\\0.ok')")
+          == "test:1: bad argument #2 to 'queue_event' (the target has a zero byte)");
     CHECK(app.runtime.io.pump() == 0);
 }
 

@@ -215,6 +215,21 @@ TEST_CASE("the debug option opens the debug library") {
     CHECK(app.value("type(debug.getregistry), type(debug.sethook)") == "function\tfunction");
 }
 
+TEST_CASE("a userdata's metatable is out of reach unless debug or newproxy is open; others are as ever") {
+    for (const Sandbox &sandbox : {Sandbox{}, Sandbox{.debug = true}, Sandbox{.newproxy = true}}) {
+        ScriptedApplication app(with(sandbox));
+        lua_newuserdata(app.state(), 1);
+        lua_createtable(app.state(), 0, 0);
+        lua_setmetatable(app.state(), -2);
+        lua_setglobal(app.state(), "thing");
+        CHECK(app.value("type(getmetatable(thing))") == (sandbox.debug || sandbox.newproxy ? "table" : "nil"));
+        CHECK(app.value("getmetatable(setmetatable({}, {__metatable = 'kept'}))") == "kept");
+        CHECK(app.value("(function(t) return getmetatable(setmetatable({}, t)) == t end)({})") == "true");
+        CHECK(app.value("getmetatable(1), getmetatable({}), getmetatable('').__index == string") == "nil\tnil\ttrue");
+        CHECK(app.error_of("getmetatable()") == "test:1: bad argument #1 to 'getmetatable' (value expected)");
+    }
+}
+
 TEST_CASE("the newproxy option opens newproxy") {
     ScriptedApplication app(with({.newproxy = true}));
     CHECK(app.value("type(newproxy(true))") == "userdata");

@@ -19,8 +19,8 @@ struct Sandbox {
     bool io = false;         // the io library
     bool os = false;         // os.execute, os.exit, os.getenv, os.remove, os.rename, os.tmpname, os.setlocale
     bool modules = false;    // require, the package library with loadlib; what it finds may be bytecode or native code
-    bool debug = false;      // the debug library, with which a script can undo its limits
-    bool newproxy = false;   // newproxy
+    bool debug = false;      // the debug library, with which a script can undo its limits; getmetatable of a userdata
+    bool newproxy = false;   // newproxy, and getmetatable of a userdata
     bool bytecode = false;   // precompiled chunks for load, loadstring, loadfile and dofile
     bool load_files = false; // loadfile and dofile
 };
