@@ -6,6 +6,8 @@
 
 #include <lua.hpp>
 
+#include "called_names.h"
+
 extern "C" int KEL_PLUGIN_CREATE_FUNC(kl_plugin_state_t *state);
 
 namespace conformance {
@@ -107,6 +109,7 @@ Lines lines_that_begin(const char *prefix) {
 Session::Session(const kc_application_t &application) : host_(kc_host_start(&application, KEL_PLUGIN_CREATE_FUNC)) {
     REQUIRE(host_ != nullptr);
     lua_settop(lua(), 0);
+    watch_called_names(lua());
     kc_recorder_start(this->application());
 }
 

@@ -17,6 +17,11 @@ template <> struct StringMaker<std::vector<std::string>> {
         return text.c_str();
     }
 };
+
+// A captured text shows as itself, not as an address.
+template <> struct StringMaker<const char *> {
+    static String convert(const char *text) { return text; }
+};
 } // namespace doctest
 
 namespace conformance {

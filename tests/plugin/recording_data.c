@@ -105,6 +105,39 @@ void recording_set_boolean(const char *key, int value) {
     variable->shown = host_copy(value ? "true" : "false");
 }
 
+int host_variable_type(const char *key) {
+    const variable_t *variable = find_variable(key);
+    return variable ? variable->lua_type : LUA_TNIL;
+}
+
+void host_remove_variables(const char *prefix) {
+    for (int i = host.variables.count - 1; i >= 0; --i) {
+        variable_t *variable = (variable_t *)host.variables.items[i];
+        if (strncmp(variable->key, prefix, strlen(prefix)) != 0) continue;
+        free_variable(variable);
+        host_take_out(&host.variables, i);
+    }
+}
+
+static void set_like(const char *key, const variable_t *model) {
+    if (model->lua_type == LUA_TSTRING) recording_set_string(key, model->text);
+    if (model->lua_type == LUA_TNUMBER) recording_set_number(key, model->number);
+    if (model->lua_type == LUA_TBOOLEAN) recording_set_boolean(key, model->number != 0);
+}
+
+void host_copy_variables(const char *prefix, const char *new_prefix) {
+    int count = host.variables.count; /* without the copies */
+    for (int i = 0; i < count; ++i) {
+        const variable_t *variable = (const variable_t *)host.variables.items[i];
+        if (strncmp(variable->key, prefix, strlen(prefix)) != 0) continue;
+        const char *rest = variable->key + strlen(prefix);
+        char *key = (char *)host_alloc(strlen(new_prefix) + strlen(rest) + 1);
+        sprintf(key, "%s%s", new_prefix, rest);
+        set_like(key, variable);
+        free(key);
+    }
+}
+
 const char *recording_variable(const char *key) {
     const variable_t *variable = find_variable(key);
     return variable ? variable->shown : NULL;
@@ -143,6 +176,7 @@ int kl_lua_set_data_value(lua_State *L, kl_application_t *app, kl_data_mgr_t *mg
     check_managers("kl_lua_set_data_value", app, mgr);
     if (!host.open_holds) host_violation("kl_lua_set_data_value while no change listener is held");
     if (host_fails(RECORDING_SET_DATA_VALUE) || !key) return 0;
+    if (host_life()) return host_life()->write(L, key, value_index);
     switch (lua_type(L, value_index)) {
     case LUA_TNUMBER:
         recording_set_number(key, (double)lua_tonumber(L, value_index));

@@ -16,6 +16,7 @@ static struct {
     unsigned fails_in[RECORDING_CALL_COUNT]; /* 1: the next call */
     int fails_always[RECORDING_CALL_COUNT];
     int errors_return;
+    const host_life_t *life;
 } record;
 
 /* ---- The host's own memory ---- */
@@ -101,6 +102,9 @@ int host_fails(recording_call_t call) {
 }
 
 int host_errors_return(void) { return record.errors_return; }
+
+const host_life_t *host_life(void) { return record.life; }
+void host_live(const host_life_t *life) { record.life = life; }
 
 const char *host_quoted(char *room, size_t nbytes, const char *text) {
     if (!text) return "null";

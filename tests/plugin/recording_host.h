@@ -161,6 +161,24 @@ void recording_remove_variable(const char *key);
 /* The value as text, as in lines: 10, "text", true; null when there is no such variable. */
 const char *recording_variable(const char *key);
 
+/* ---- A model that lives (recording_life.c, which only programs that use it need) ---- */
+
+/* RECORDING_LIVES: until recording_end, what scripts ask for happens, as on a device:
+ *   clone   copies a control, group or table with all that is in it and its variables, into a layer or group, and
+ *           applies the data table; refuses other kinds, names that are taken or have other characters than letters,
+ *           digits and "_". What recording_answer_clone said is not asked
+ *   delete  removes a control, group or table with all that is in it and its variables; refuses other kinds
+ *   write   gives an existing variable's type: booleans become 0 or 1 and numerals numbers in a number's, numbers
+ * become text in a string's. Makes unknown variables of objects that are there. Refuses the rest. kld_rows and kld_cols
+ * of a table resize its grid, within RECORDING_SPARE_CELLS What is refused returns 0 and changes nothing. 0, as at
+ * first: clones and deletions as told above, and every write is taken as it is. */
+enum { RECORDING_LIVES = 1 };
+void recording_behave(unsigned behaviour);
+
+/* Lets the cells within the table's bounds resolve by their records' names, the first of those that share one, and
+ * those beyond by none. For tables whose cells recording_rename has named. */
+void recording_name_cells(kl_table_t *table);
+
 /* ---- Lua, events, the plug-in ---- */
 
 /* Shares the state as "luastate"; null takes the entry away. */

@@ -39,6 +39,16 @@ int host_errors_return(void);
 const char *host_note_error(const char *format, va_list arguments)
     HOST_PRINTF(1, 0); /* the text, which stays the record's */
 
+/* What scripts' writes, clones and deletions do to a model that lives. None of them records or fails by itself. */
+typedef struct host_life {
+    int (*write)(struct lua_State *L, const char *key, int value_index); /* whether the value was taken */
+    char *(*clone)(struct lua_State *L); /* from positions 1 to 4; the clone's name, the caller's to free, or null */
+    int (*remove)(const char *qualified_name); /* whether it was removed */
+} host_life_t;
+
+const host_life_t *host_life(void); /* null: nothing lives */
+void host_live(const host_life_t *life);
+
 /* A text in quotes, or null without, in room that the caller has. */
 enum { HOST_TEXT_ROOM = 512 };
 const char *host_quoted(char *room, size_t nbytes, const char *text);
@@ -59,15 +69,25 @@ void host_map_clear(kl_string_map_t *map);
 
 void host_end_memory(void);
 
+int host_list_size(const kl_darray_t *list);
+void *host_list_item(const kl_darray_t *list, int index);
+
 /* ---- recording_model.c ---- */
 
 void *host_resolved(const char *qualified_name); /* as kl_application_find_object, without a call being recorded */
+const char *host_prefix(const void *record);     /* what its children's names begin with; null: they have none */
+void host_name_object(void *record, const char *prefix, const char *name); /* once an object */
+void host_add_name(const char *qualified_name, void *record);              /* after those that are there already */
+void host_forget_names(const void *record);
 const char *host_describe_object(char *room, size_t nbytes, const void *record);
 void host_begin_model(kl_io_mgr_t *io_mgr);
 void host_end_model(void);
 
 /* ---- recording_data.c ---- */
 
+int host_variable_type(const char *key);        /* LUA_TNIL: there is none */
+void host_remove_variables(const char *prefix); /* whose keys begin with it */
+void host_copy_variables(const char *prefix, const char *new_prefix);
 kl_data_mgr_t *host_data_mgr(void);
 void host_end_data(void);
 

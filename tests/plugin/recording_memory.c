@@ -224,6 +224,9 @@ void host_list_take_out(kl_darray_t *list, const void *object) {
     list->size = kept;
 }
 
+int host_list_size(const kl_darray_t *list) { return list->size; }
+void *host_list_item(const kl_darray_t *list, int index) { return list->slots[index]; }
+
 void host_lists_take_out(const void *object) {
     for (int i = 0; i < host.arrays.count; ++i) {
         kl_darray_t *array = (kl_darray_t *)host.arrays.items[i];

@@ -168,7 +168,7 @@ void recording_list_append(void *owner, void *object) { host_list_append(list_of
 
 void recording_list_take_out(void *owner, void *object) { host_list_take_out(list_of(owner), object); }
 
-static void resolve_too(const char *qualified_name, void *object) {
+void host_add_name(const char *qualified_name, void *object) {
     resolution_t *resolution = (resolution_t *)host_append(&host.names, host_alloc(sizeof(resolution_t)));
     resolution->qualified_name = host_copy(qualified_name);
     resolution->record = object;
@@ -181,56 +181,63 @@ static void forget_name(int index) {
     host_take_out(&host.names, index);
 }
 
+void host_forget_names(const void *record) {
+    for (int i = host.names.count - 1; i >= 0; --i)
+        if (((resolution_t *)host.names.items[i])->record == record) forget_name(i);
+}
+
+const char *host_prefix(const void *record) { return known(record)->prefix; }
+
 void recording_resolve(const char *qualified_name, void *object) {
     for (int i = host.names.count - 1; i >= 0; --i)
         if (strcmp(((resolution_t *)host.names.items[i])->qualified_name, qualified_name) == 0) forget_name(i);
-    if (object) resolve_too(qualified_name, object);
+    if (object) host_add_name(qualified_name, object);
 }
 
 /* Names an object for find_object. prefix: what its own name is joined to; "" for nothing; null to leave it nameless.
  */
-static void name_object(void *record, const char *prefix, const char *name) {
+void host_name_object(void *record, const char *prefix, const char *name) {
     known_object_t *object = known(record);
     if (!prefix) return;
     char *qualified_name = (char *)host_alloc(strlen(prefix) + strlen(name) + 2);
     sprintf(qualified_name, "%s%s%s", prefix, *prefix ? "." : "", name);
     object->prefix = host_copy(((kl_object_t *)record)->type == KL_OBJECT_TYPE_TABLE ? prefix : qualified_name);
-    resolve_too(qualified_name, record);
+    host_add_name(qualified_name, record);
     free(qualified_name);
 }
 
 kl_screen_t *recording_add_screen(const char *name) {
     kl_screen_t *screen = recording_make_screen(name);
     recording_put_screen(name, screen);
-    name_object(screen, "", name);
+    host_name_object(screen, "", name);
     return screen;
 }
 
 kl_layer_t *recording_add_layer(const char *name) {
     kl_layer_t *layer = recording_make_layer(name);
     recording_put_layer(name, layer);
-    name_object(layer, "", name);
+    host_name_object(layer, "", name);
     return layer;
 }
 
 kl_layer_instance_t *recording_add_instance(kl_screen_t *screen, kl_layer_t *layer) {
     kl_layer_instance_t *instance = recording_make_instance(screen, layer);
     recording_list_append(screen, instance);
-    name_object(instance, known(screen)->prefix, layer->name);
+    host_name_object(instance, known(screen)->prefix, layer->name);
     return instance;
 }
 
 kl_control_t *recording_add_control(void *owner, const char *name) {
     kl_control_t *control = recording_make_control(KL_OBJECT_TYPE_CONTROL, name);
     recording_list_append(owner, control);
-    name_object(control, known(owner)->prefix, name);
+    host_name_object(control, known(owner)->prefix, name);
     return control;
 }
 
 kl_group_t *recording_add_group(void *owner, const char *name) {
     kl_group_t *group = recording_make_group(name);
     recording_list_append(owner, group);
-    name_object(group, known(owner)->prefix, name);
+    host_name_object(group, known(owner)->prefix, name);
     return group;
 }
 
@@ -245,7 +252,7 @@ static void fill_grid(kl_table_t *table, int rows, int cols) {
             char name[64];
             snprintf(name, sizeof name, "cell_%d_%d", y, x);
             table->controls[y][x] = recording_make_control(KL_OBJECT_TYPE_CONTROL, name);
-            name_object(table->controls[y][x], known(table)->prefix, name);
+            host_name_object(table->controls[y][x], known(table)->prefix, name);
         }
     }
     table->alloc_rows = (uint16_t)rows;
@@ -256,7 +263,7 @@ kl_table_t *recording_add_table(void *owner, const char *name, int rows, int col
     kl_table_t *table = (kl_table_t *)new_record(sizeof *table);
     init_control(&table->control, KL_OBJECT_TYPE_TABLE, name);
     recording_list_append(owner, table);
-    name_object(table, known(owner)->prefix, name);
+    host_name_object(table, known(owner)->prefix, name);
     fill_grid(table, rows + RECORDING_SPARE_CELLS, cols + RECORDING_SPARE_CELLS);
     recording_resize_table(table, rows, cols);
     return table;
@@ -312,8 +319,7 @@ void recording_remove(void *object) {
     host_lists_take_out(object);
     host_map_take_out(host.app.screen_map, object);
     host_map_take_out(host.app.layer_map, object);
-    for (int i = host.names.count - 1; i >= 0; --i)
-        if (((resolution_t *)host.names.items[i])->record == object) forget_name(i);
+    host_forget_names(object);
 }
 
 /* ---- Beginning and end ---- */

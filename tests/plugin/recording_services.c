@@ -94,7 +94,12 @@ int kl_lua_clone_object(lua_State *L, kl_application_t *app, int source_index, i
                        name_index, parent_index, data_index);
     if (!new_name) host_violation("kl_lua_clone_object without a place for the name");
     if (new_name && *new_name) host_violation("kl_lua_clone_object with a place for the name that is not null");
-    if (host_fails(RECORDING_CLONE_OBJECT) || !host.clone_name || !new_name) return 0;
+    if (host_fails(RECORDING_CLONE_OBJECT) || !new_name) return 0;
+    if (host_life()) {
+        free(host.clone_name);
+        host.clone_name = host_life()->clone(L);
+    }
+    if (!host.clone_name) return 0;
     *new_name = host.clone_name;
     return 1;
 }
@@ -106,6 +111,7 @@ int kl_lua_delete_object(lua_State *L, kl_application_t *app, int name_index) {
     if (app != recording_app()) host_violation("kl_lua_delete_object for another application");
     if (name_index != 2) host_violation("kl_lua_delete_object with index %d instead of 2", name_index);
     if (host_fails(RECORDING_DELETE_OBJECT)) return 0;
+    if (host_life()) return host_life()->remove(lua_type(L, 2) == LUA_TSTRING ? lua_tostring(L, 2) : "");
     if (!host.obeys_delete || lua_type(L, name_index) != LUA_TSTRING) return 1;
     void *object = host_resolved(lua_tostring(L, name_index));
     if (object) recording_remove(object);

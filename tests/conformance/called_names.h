@@ -1,0 +1,12 @@
+// called_names.h: which rows of the registration tables the tests have called.
+#pragma once
+
+struct lua_State;
+
+namespace conformance {
+
+// Watches the calls in this state, and in coroutines that it makes, from here on. The reporter "called_names" tells at
+// the program's end which Lua names no test has called: see called_names.cpp.
+void watch_called_names(lua_State *L);
+
+} // namespace conformance
