@@ -1,17 +1,26 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo test lint bench clean deps build-dev build-release
+.PHONY: help demo test test-apicheck coverage lint bench clean deps build-dev build-release
 
 APP ?= examples/thermostat
 
 help: ## Show this list
-	@awk -F ':.*## ' '/^[a-z-]+:.*## /{printf "  make %-10s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z-]+:.*## /{printf "  make %-13s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
 
 demo: deps build-release ## Build all and run the thermostat with its scripts
 	build/release/bin/kel run $(APP) --event press:climate.target.warmer --event press:climate.mode.cool
 
 test: deps build-dev ## Build all with sanitizers and run every test
 	ctest --preset dev
+
+test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called
+	tools/test-apicheck
+
+coverage: deps ## Show which lines and branches of the plug-in the tests do not reach
+	cmake --preset coverage && cmake --build --preset coverage
+	find build/coverage -name '*.gcda' -delete
+	ctest --preset coverage
+	gcovr --root . --filter 'src/plugins/kel/luakeldom/' --exclude-unreachable-branches --exclude-throw-branches 	    --branches --print-summary --fail-under-line 100 --fail-under-branch 100 build/coverage
 
 lint: deps ## Check format, include order, static analysis, Lua and shell scripts
 	tools/lint

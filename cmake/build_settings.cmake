@@ -32,6 +32,14 @@ if(KEL_SANITIZE)
   target_link_options(kel_sanitizers INTERFACE -fsanitize=address,undefined)
 endif()
 
+# For the plug-in alone: which of its lines and branches the tests reach.
+option(KEL_COVERAGE "Count how often each line and branch of the plug-in runs" OFF)
+add_library(kel_coverage INTERFACE)
+if(KEL_COVERAGE)
+  target_compile_options(kel_coverage INTERFACE --coverage -O0)
+  target_link_options(kel_sanitizers INTERFACE --coverage) # every program that carries the plug-in links these
+endif()
+
 # The contract: headers alone.
 add_library(kel_contract INTERFACE)
 target_include_directories(kel_contract INTERFACE ${PROJECT_SOURCE_DIR}/include)

@@ -180,6 +180,19 @@ TEST_CASE("children and parents of a deleted object warn and give nothing") {
     CHECK(session.warnings() == Lines{no_such_object});
 }
 
+TEST_CASE("an object of an unknown type has no children, and its parents are not known") {
+    Session session;
+    session.results("h = " + get("main.ok"));
+    kl_object_t *object = kl_application_find_object(session.application(), "main.ok", 0);
+    for (int type : {8, 255}) {
+        object->type = static_cast<kl_object_type_t>(type);
+        CHECK(session.results("return h:get_children()") == Lines{"{}"});
+        CHECK(session.results("return h:get_parents()") == Lines{});
+        CHECK(session.calls() == Lines{"find \"main.ok\"", "warning: " + no_such_object});
+    }
+    object->type = KL_OBJECT_TYPE_CONTROL;
+}
+
 TEST_CASE("the application's children are found without a look-up") {
     Session session;
     session.results("return keldom.get_application():get_children()");

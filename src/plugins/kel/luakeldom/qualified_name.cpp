@@ -14,9 +14,8 @@ constexpr char delimiter = '.';
 char *keldom_get_qualified_control_name(kl_application_t *app, kl_control_t *control) {
     kl_object_t *container = keldom_find_parent_under(&app->object, keldom_traverse_layers, &control->object, 1);
     char *name = keldom_get_qualified_name(app, container);
-    if (name && container->type == KL_OBJECT_TYPE_TABLE) {
-        if (char *last = strrchr(name, delimiter)) *last = '\0';
-    }
+    if (name && container->type == KL_OBJECT_TYPE_TABLE)
+        *strrchr(name, delimiter) = '\0'; // a table stands in a container
     return str_join_ip(name, delimiter, control->name);
 }
 

@@ -1,0 +1,37 @@
+// test_values.cpp: what get_variables makes of keys that only a peculiar host gives.
+#include "plugin_fixture.h"
+
+namespace {
+
+// What the layer "main" lists when the host answers with these keys, in this order.
+Lines listed(PluginFixture &fixture, const std::vector<const char *> &keys) {
+    recording_answer_prefix(keys.data(), static_cast<int>(keys.size()));
+    Lines values = fixture.run("return unpack(keldom.get_object('main'):get_variables())");
+    recording_answer_prefix(nullptr, 0);
+    fixture.take_lines();
+    return values;
+}
+
+} // namespace
+
+TEST_CASE("a key is listed when nothing behind the name and its dot has a dot of its own") {
+    PluginFixture fixture;
+    recording_add_layer("main");
+    CHECK(listed(fixture, {"main.a", "main.b"}) == Lines{"\"main.a\"", "\"main.b\""});
+    CHECK(listed(fixture, {"main.ok.x", "main.a.b"}) == Lines{});
+    CHECK(listed(fixture, {"mainx", "mainy.x", "main.z"}) == Lines{"\"mainx\"", "\"main.z\""});
+}
+
+TEST_CASE("a key that is left out gives its place to the last one, which is looked at in turn") {
+    PluginFixture fixture;
+    recording_add_layer("main");
+    CHECK(listed(fixture, {"main.ok.x", "main.a", "main.b"}) == Lines{"\"main.b\"", "\"main.a\""});
+    CHECK(listed(fixture, {"main.ok.x", "main.a", "main.ok.y"}) == Lines{"\"main.a\""});
+}
+
+// The recording host's copies are as long as the keys, so that reading past an end is seen.
+TEST_CASE("a key that is no longer than the name is not read past its end") {
+    PluginFixture fixture;
+    recording_add_layer("main");
+    CHECK(listed(fixture, {"main", "main.", "m"}) == Lines{"\"main\"", "\"main.\"", "\"m\""});
+}
