@@ -14,6 +14,10 @@ for layers in map(pathlib.Path, sys.argv[1:]):
             status = 1
             continue
         for number, line in enumerate(source.read_text().splitlines(), 1):
+            system = re.match(r"#include <(.+)>", line)
+            if system and not re.fullmatch(r"kel/.+|lua\.hpp|iterator|std(def|int)\.h|string\.h", system[1]):
+                print(f"{source}:{number}: <{system[1]}> is neither the contract, nor Lua, nor a header that devices have")
+                status = 1
             included = re.match(r'#include "(.+)\.h"', line)
             if included and included[1] != source.stem and height.get(included[1], 99) >= height[source.stem]:
                 print(f"{source}:{number}: {source.stem} may not include {included[1]}, which is not below it")
