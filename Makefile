@@ -8,7 +8,7 @@ help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## /{printf "  make %-13s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
 
 demo: deps build-release ## Build all and run the thermostat with its scripts
-	build/release/bin/kel run $(APP) --event press:climate.target.warmer --event press:climate.mode.cool
+	build/release/bin/kel run $(APP) --event press:climate.target.warmer --event press:climate.mode.cool --event press:climate.room.alerts --event press:climate.room.alerts --event press:preferences.brightness.card --event press:week.heading.holiday
 
 test: deps build-dev ## Build all with sanitizers and run every test
 	ctest --preset dev

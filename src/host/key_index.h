@@ -11,8 +11,8 @@
 
 #include <kelhost/description.h>
 
-#include <kelhost/closest_name.h>
 #include "names.h"
+#include <kelhost/closest_name.h>
 
 namespace kelhost {
 

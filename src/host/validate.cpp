@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include <kelhost/closest_name.h>
 #include "description_checks.h"
 #include "fault_report.h"
 #include "file.h"
@@ -16,6 +15,7 @@
 #include "place.h"
 #include "table_check.h"
 #include "wording.h"
+#include <kelhost/closest_name.h>
 
 namespace kelhost {
 

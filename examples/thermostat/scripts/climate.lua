@@ -6,6 +6,10 @@ local LOWEST, HIGHEST, STEP = 5, 30, 0.5
 local TOLERANCE = 0.5 -- in mode auto, so that heating and cooling do not take turns
 local STATES = { "heating", "cooling", "idle" }
 
+local layer = keldom.get_layer("climate")
+local selected = keldom.get_control("climate.mode.selected")
+local lock_notice = keldom.get_layer_instance("home.lock_notice")
+
 local function state_for(mode, room, target)
   if mode == "heat" and room < target then return "heating" end
   if mode == "cool" and room > target then return "cooling" end
@@ -15,10 +19,8 @@ local function state_for(mode, room, target)
 end
 
 local function show_state(state)
-  local label = state:gsub("^%l", string.upper)
-  kel.set_value("state", state, "climate.room.state.label.text", label)
   for _, name in ipairs(STATES) do
-    kel.set_value("climate.room.state." .. name .. ".kld_hidden", name ~= state)
+    keldom.get_control("climate.room.state." .. name):set_hidden(name ~= state)
   end
 end
 
@@ -26,10 +28,14 @@ end
 function climate.refresh()
   local room, target, mode = kel.get_value("room_celsius", "target_celsius", "mode")
   local state = state_for(mode, room, target)
+  kel.set_value("state", state)
   show_state(state)
-  kel.set_value("climate.room.temperature.text", format.degrees(room),
-                "climate.target.value.text", format.degrees(target),
-                "climate.mode.selected.kld_x", kel.get_value("climate.mode." .. mode .. ".kld_x"))
+  layer:set_data({
+    ["room.state.label.text"] = state:gsub("^%l", string.upper),
+    ["room.temperature.text"] = format.degrees(room),
+    ["target.value.text"] = format.degrees(target),
+  })
+  selected:set_bounds(keldom.get_control("climate.mode." .. mode):get_bounds())
   format.line(state, "room " .. format.celsius(room) .. ", target " .. format.celsius(target) .. ", mode " .. mode)
 end
 
@@ -40,9 +46,9 @@ end
 
 -- Says which object was pressed; false when the child lock forbids it.
 local function accept(event)
-  print("Press on " .. tostring(keldom.get_control(event.target)))
+  format.press(event)
   local locked = kel.get_value("child_lock") ~= 0
-  kel.set_value("home.lock_notice.kld_hidden", not locked)
+  lock_notice:set_hidden(not locked)
   if locked then format.line("child lock", "on, nothing is changed") end
   return not locked
 end

@@ -2,33 +2,37 @@
 
 schedule = {}
 
-local TABLE = "week.plan"
 local PERIODS = 4 -- columns 1 to 4; column 0 holds the day's name
 
-local function cell_key(variable, row, col)
-  return TABLE .. "." .. variable .. "." .. row .. "." .. col
-end
+local plan = keldom.get_table("week.plan")
 
 local function start_of(period)
   return kel.get_value("week.heading.period" .. period .. ".start")
 end
 
-local function print_row(name, texts)
-  print(string.format("  %-12s %6s %6s %6s %6s", name, texts[1], texts[2], texts[3], texts[4]))
+local function print_columns(name, texts)
+  print(string.format("  %-12s %6s %6s %6s %6s", name, unpack(texts)))
+end
+
+function schedule.print_row(row)
+  local texts = {}
+  for period = 1, PERIODS do
+    texts[period] = format.degrees(kel.get_value(plan:cell_key(row, period, "celsius")))
+  end
+  print_columns(kel.get_value(plan:cell_key(row, 0, "text")), texts)
 end
 
 function schedule.report()
   local starts = {}
   for period = 1, PERIODS do starts[period] = start_of(period) end
   print("Week plan, °C from")
-  print_row("", starts)
-  for row = 0, kel.get_value(TABLE .. ".kld_rows") - 1 do
-    local texts = {}
-    for period = 1, PERIODS do
-      texts[period] = format.degrees(kel.get_value(cell_key("celsius", row, period)))
-    end
-    print_row(kel.get_value(cell_key("text", row, 0)), texts)
-  end
+  print_columns("", starts)
+  for row = 0, plan:get_rows() - 1 do schedule.print_row(row) end
+end
+
+-- The holiday's row when there is one, today's row on other days.
+local function row_for(weekday)
+  return holiday.row() or weekday - 1
 end
 
 -- A period that begins now sets the target.
@@ -37,7 +41,7 @@ function schedule.clock_changed()
   kel.set_value("status_bar.clock.text", time)
   for period = 1, PERIODS do
     if start_of(period) == time then
-      local celsius = kel.get_value(cell_key("celsius", weekday - 1, period))
+      local celsius = kel.get_value(plan:cell_key(row_for(weekday), period, "celsius"))
       print("It is " .. time .. ": the plan asks for " .. format.celsius(celsius))
       kel.set_value("target_celsius", celsius)
     end
