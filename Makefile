@@ -3,12 +3,14 @@
 .PHONY: help demo test test-apicheck coverage lint bench clean deps build-dev build-release
 
 APP ?= examples/thermostat
+DEMO_EVENTS = press:climate.target.warmer press:climate.mode.cool press:climate.room.alerts press:climate.room.alerts \
+	press:preferences.brightness.card press:week.heading.holiday
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## /{printf "  make %-13s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
 
 demo: deps build-release ## Build all and run the thermostat with its scripts
-	build/release/bin/kel run $(APP) --event press:climate.target.warmer --event press:climate.mode.cool --event press:climate.room.alerts --event press:climate.room.alerts --event press:preferences.brightness.card --event press:week.heading.holiday
+	build/release/bin/kel run $(APP) $(DEMO_EVENTS:%=--event %)
 
 test: deps build-dev ## Build all with sanitizers and run every test
 	ctest --preset dev
@@ -20,7 +22,8 @@ coverage: deps ## Show which lines and branches of the plug-in the tests do not 
 	cmake --preset coverage && cmake --build --preset coverage
 	find build/coverage -name '*.gcda' -delete
 	ctest --preset coverage
-	gcovr --root . --filter 'src/plugins/kel/luakeldom/' --exclude-unreachable-branches --exclude-throw-branches 	    --branches --print-summary --fail-under-line 100 --fail-under-branch 100 build/coverage
+	gcovr --root . --filter 'src/plugins/kel/luakeldom/' --exclude-unreachable-branches --exclude-throw-branches \
+	    --branches --print-summary --fail-under-line 100 --fail-under-branch 100 build/coverage
 
 lint: deps ## Check format, include order, static analysis, Lua and shell scripts
 	tools/lint

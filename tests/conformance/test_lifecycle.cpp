@@ -69,6 +69,16 @@ TEST_CASE("clone hands the host whatever it was given") {
     CHECK(session.calls() == Lines{"clone \"main.ok\" \"a\" nil"});
 }
 
+TEST_CASE("a handle that is collected while it is cloned does no harm") {
+    Lifecycle session;
+    CHECK(session.results(
+              "collectgarbage('setpause', 0) collectgarbage('setstepmul', 1000000) local clones = 0"
+              " for i = 1, 20 do local copy = keldom.get_object('main.ok'):clone('c' .. i, 'main.bar',"
+              " {label = 'copy ' .. i}) if copy:get_value('label') == 'copy ' .. i then clones = clones + 1 end"
+              " end return clones")
+          == Lines{"20"});
+}
+
 TEST_CASE("a clone that the host refuses is nothing, with no word from the plug-in") {
     Lifecycle session;
     kc_fail("kl_lua_clone_object", 0);

@@ -64,6 +64,8 @@ static_assert(offsetof(kl_io_mgr_t, rem_event_listener) == 16);
 static_assert(sizeof(kl_io_mgr_t) == 56);
 
 static_assert(sizeof(kl_version_t) == 8);
+static_assert(offsetof(kl_plugin_state_t, init) == 8);
+static_assert(offsetof(kl_plugin_state_t, fini) == 12);
 static_assert(offsetof(kl_plugin_state_t, version) == 16);
 static_assert(offsetof(kl_plugin_state_t, service_number) == 24);
 static_assert(sizeof(kl_plugin_state_t) == 28);

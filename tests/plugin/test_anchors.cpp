@@ -1,0 +1,38 @@
+// test_anchors.cpp: anchored moves on a host whose variables are wider than its 16-bit coordinates.
+#include "plugin_fixture.h"
+
+namespace {
+
+struct Wide : PluginFixture {
+    Wide() {
+        recording_add_control(recording_add_layer("main"), "ok");
+        recording_set_number("main.ok.kld_x", 10);
+        run("ok = keldom.get_object('main.ok')");
+        take_lines();
+    }
+
+    // What a call leaves in the variable.
+    std::string left_in(const std::string &variable, const std::string &call) {
+        CHECK(run(call) == Lines{});
+        take_lines();
+        return recording_variable(("main.ok." + variable).c_str());
+    }
+};
+
+} // namespace
+
+TEST_CASE("the current extent is cut to 16 bits before it is halved") {
+    Wide fixture;
+    recording_set_number("main.ok.kld_width", 65536 + 100);
+    CHECK(fixture.left_in("kld_x", "ok:set_x(100, 2)") == "50");
+    recording_set_number("main.ok.kld_height", 32768);
+    CHECK(fixture.left_in("kld_y", "ok:set_y(0, 2)") == "16384");
+}
+
+TEST_CASE("a change of the extent is cut to 16 bits before it is halved") {
+    Wide fixture;
+    recording_set_number("main.ok.kld_width", 65536 + 100);
+    CHECK(fixture.left_in("kld_x", "ok:set_width(60, 2)") == "30");
+    recording_set_number("main.ok.kld_width", 32767);
+    CHECK(fixture.left_in("kld_x", "ok:set_width(-3, 2)") == "-16353"); // 32770 wraps to -32766
+}
