@@ -304,6 +304,7 @@ int kc_kl_lua_clone_object(lua_State *L, kl_application_t *app, int source_index
            "clone's positions are not 1 to 4");
     add("clone %s %s %s%s", value_text(L, 1, source), value_text(L, 2, name), value_text(L, 3, parent),
         lua_isnoneornil(L, 4) ? "" : " data");
+    lua_gc(L, LUA_GCCOLLECT, 0); /* as a host may: nothing but the stack keeps the source's handle */
     return fails("kl_lua_clone_object") ? 0 : kl_lua_clone_object(L, app, 1, 2, 3, 4, new_name);
 }
 

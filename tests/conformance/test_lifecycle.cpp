@@ -69,14 +69,12 @@ TEST_CASE("clone hands the host whatever it was given") {
     CHECK(session.calls() == Lines{"clone \"main.ok\" \"a\" nil"});
 }
 
+// The recorder collects garbage in the midst of a clone, and the name has taken the handle's place on the stack by
+// then.
 TEST_CASE("a handle that is collected while it is cloned does no harm") {
     Lifecycle session;
-    CHECK(session.results(
-              "collectgarbage('setpause', 0) collectgarbage('setstepmul', 1000000) local clones = 0"
-              " for i = 1, 20 do local copy = keldom.get_object('main.ok'):clone('c' .. i, 'main.bar',"
-              " {label = 'copy ' .. i}) if copy:get_value('label') == 'copy ' .. i then clones = clones + 1 end"
-              " end return clones")
-          == Lines{"20"});
+    CHECK(session.results("return keldom.get_object('main.ok'):clone('ok2', 'main')")
+          == Lines{"<control_object main.ok2>"});
 }
 
 TEST_CASE("a clone that the host refuses is nothing, with no word from the plug-in") {
