@@ -12,7 +12,7 @@ namespace kelhost {
 namespace {
 
 struct Phrase {
-    std::string_view library;
+    std::string_view original;
     std::string_view ours;
 };
 
@@ -46,7 +46,7 @@ constexpr Phrase string_faults[] = {
 
 std::string_view expected_of(std::string_view library_message) {
     for (const Phrase &expectation : expectations)
-        if (library_message.ends_with(expectation.library)) return expectation.ours;
+        if (library_message.ends_with(expectation.original)) return expectation.ours;
     return "a value";
 }
 
@@ -107,7 +107,7 @@ JsonFault string_fault(std::string_view text, std::size_t offset, std::string_vi
     if (detail.find("control character") != std::string_view::npos)
         return {offset, control_character_message(static_cast<unsigned char>(text[offset]))};
     for (const Phrase &fault : string_faults)
-        if (detail.find(fault.library) != std::string_view::npos) return {offset, std::string(fault.ours)};
+        if (detail.find(fault.original) != std::string_view::npos) return {offset, std::string(fault.ours)};
     return encoding_fault(text, offset);
 }
 
@@ -120,7 +120,7 @@ std::string number_in_words(std::string_view token) {
 JsonFault token_fault(std::size_t bytes_read, std::string_view token, std::string_view detail,
                       std::string_view expected) {
     for (const Phrase &fixed : fixed_tokens)
-        if (detail.starts_with(fixed.library))
+        if (detail.starts_with(fixed.original))
             return {bytes_read - fixed.ours.size(), mismatch(quoted(fixed.ours), expected)};
     const std::size_t begin = bytes_read - std::min(bytes_read, token.size());
     if (detail.starts_with("unexpected string"))

@@ -6,9 +6,9 @@
 
 #include <cstdlib>
 
-#include "c_border.h"
 #include "file.h"
 #include "kel_module.h"
+#include "listener_guard.h"
 #include "runtime.h"
 #include "sandbox.h"
 
@@ -100,33 +100,6 @@ struct LuaHost::Job {
     void describe_error(lua_State *L);
 };
 
-namespace {
-
-// What lua_cpcall carries to a listener.
-struct ListenerCall {
-    io_listener_t listener;
-    kl_io_mgr_t *mgr;
-    kl_event_t *event;
-    void *user_data;
-    bool threw = false;
-
-    // A Lua error jumps past this; an exception must not pass through Lua.
-    void call() noexcept {
-        threw = !at_c_border(false, [this] {
-            listener(mgr, event, user_data);
-            return true;
-        });
-    }
-
-    static int body(lua_State *L) {
-        auto &call = *static_cast<ListenerCall *>(lua_touserdata(L, 1));
-        call.call();
-        return 0;
-    }
-};
-
-} // namespace
-
 LuaHost::LuaHost(Runtime &runtime) : runtime_(runtime), budget_(runtime.options.limits) {}
 
 LuaHost::~LuaHost() { close(); }
@@ -138,7 +111,7 @@ bool LuaHost::open() {
     if (state_ == nullptr) return false;
     lua_atpanic(state_, panic);
     if (lua_cpcall(state_, set_up, this) == 0) {
-        runtime_.io.guard_listeners(call_listener, this);
+        runtime_.io.guard_listeners(call_listener, &runtime_);
         return true;
     }
     close();
@@ -364,21 +337,6 @@ bool LuaHost::run_chunk(std::string_view code, const std::string &chunk_name) {
 bool LuaHost::call_handler(const HandlerDescription &handler, const kl_event_t &event) {
     Job job{.host = *this, .body = Job::handler_body, .handler = &handler, .event = &event};
     return perform(job);
-}
-
-void LuaHost::call_listener(void *self, io_listener_t listener, kl_io_mgr_t *mgr, kl_event_t *event, void *user_data) {
-    auto &host = *static_cast<LuaHost *>(self);
-    ListenerCall call{.listener = listener, .mgr = mgr, .event = event, .user_data = user_data};
-    lua_State *const L = host.state_;
-    const int height = lua_gettop(L);
-    if (lua_cpcall(L, ListenerCall::body, &call) != 0) {
-        const char *const message = lua_tostring(L, -1);
-        host.runtime_.log.format(KL_LOG_ERROR, "A listener of event \"%s\" failed: %s", event->name,
-                                 message != nullptr ? message : luaL_typename(L, -1));
-    }
-    if (call.threw)
-        host.runtime_.log.format(KL_LOG_ERROR, "A listener of event \"%s\" failed: an exception", event->name);
-    lua_settop(L, height);
 }
 
 std::string LuaHost::syntax_error(std::string_view code, const std::string &chunk_name) {

@@ -39,10 +39,6 @@ public:
     // Calls the handler's function, looked up now, with {name = ..., target = ...}.
     bool call_handler(const HandlerDescription &handler, const kl_event_t &event);
 
-    // Calls an event listener, a plug-in's perhaps, which may raise a Lua error: that is logged and goes no further.
-    // The guard of the I/O manager while the state is open. self: the LuaHost.
-    static void call_listener(void *self, io_listener_t listener, kl_io_mgr_t *mgr, kl_event_t *event, void *user_data);
-
     // Whether a call into scripts is under way.
     bool running() const noexcept { return depth_ > 0; }
 

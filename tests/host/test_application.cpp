@@ -1,6 +1,7 @@
 // test_application.cpp: the public face: loading, starting, events, stopping, looking inside.
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -135,6 +136,19 @@ TEST_CASE("a Lua error in a plug-in's listener is logged, and the other listener
     CHECK(lua_gettop(app.lua()) == 0);
     app.stop();
     CHECK(world.capture.take_log() == "info: plug-in: fini, Lua state there\ninfo: plug-in: fini, Lua state there");
+}
+
+TEST_CASE("an exception in a listener is logged and does not pass through Lua") {
+    Started world;
+    Application &app = world.create();
+    CHECK(app.start() == StartResult::started);
+    const io_listener_t throwing = [](kl_io_mgr_t *, kl_event_t *, void *) { throw std::bad_alloc(); };
+    kl_io_mgr_t *const io_mgr = app.record()->linfo->io_mgr;
+    CHECK(io_mgr->add_event_listener(io_mgr, "press", throwing, nullptr) == 0);
+    app.trigger_event("press");
+    CHECK(world.capture.take_log() == "error: A listener of event \"press\" failed: an exception");
+    CHECK(app.run_code("kel.log('scripts still run')", "test"));
+    CHECK(world.capture.take_log() == "info: scripts still run");
 }
 
 TEST_CASE("a plug-in that cannot be started keeps everything from running") {
