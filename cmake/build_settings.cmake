@@ -44,7 +44,4 @@ endif()
 add_library(kel_contract INTERFACE)
 target_include_directories(kel_contract INTERFACE ${PROJECT_SOURCE_DIR}/include)
 
-find_package(Lua51 REQUIRED)
-add_library(kel_lua INTERFACE)
-target_include_directories(kel_lua SYSTEM INTERFACE ${LUA_INCLUDE_DIR})
-target_link_libraries(kel_lua INTERFACE ${LUA_LIBRARIES})
+include(${CMAKE_CURRENT_LIST_DIR}/lua.cmake)

@@ -1,0 +1,44 @@
+# Which Lua 5.1 the programs run on, and where its headers are. Plug-ins take kel_lua_headers alone: the functions are the
+# loading program's.
+
+set(KEL_LUA "debian" CACHE STRING "debian: the installed Lua 5.1; source: Debian's source, built here; luajit")
+set_property(CACHE KEL_LUA PROPERTY STRINGS debian source luajit)
+
+add_library(kel_lua_headers INTERFACE)
+add_library(kel_lua INTERFACE)
+target_link_libraries(kel_lua INTERFACE kel_lua_headers)
+
+if(KEL_LUA STREQUAL "debian")
+  find_package(Lua51 REQUIRED)
+  target_include_directories(kel_lua_headers SYSTEM INTERFACE ${LUA_INCLUDE_DIR})
+  target_link_libraries(kel_lua INTERFACE ${LUA_LIBRARIES})
+
+elseif(KEL_LUA STREQUAL "luajit")
+  find_path(LUAJIT_INCLUDE_DIR luajit.h PATH_SUFFIXES luajit-2.1 REQUIRED)
+  find_library(LUAJIT_LIBRARY luajit-5.1 REQUIRED)
+  target_include_directories(kel_lua_headers SYSTEM INTERFACE ${LUAJIT_INCLUDE_DIR})
+  target_link_libraries(kel_lua INTERFACE ${LUAJIT_LIBRARY})
+
+elseif(KEL_LUA STREQUAL "source")
+  set(folder ${PROJECT_SOURCE_DIR}/build/lua-source) # shared by all builds
+  execute_process(COMMAND ${PROJECT_SOURCE_DIR}/tools/fetch-lua-source ${folder} COMMAND_ERROR_IS_FATAL ANY)
+  file(GLOB sources ${folder}/src/l*.c)
+  list(FILTER sources EXCLUDE REGEX "/(lua|luac)[.]c$") # the programs
+  get_property(has_shared_objects GLOBAL PROPERTY TARGET_SUPPORTS_SHARED_LIBS)
+  if(has_shared_objects)
+    add_library(lua_from_source SHARED ${sources}) # one Lua for the program and for the plug-ins that it loads
+    target_compile_definitions(lua_from_source PRIVATE LUA_USE_POSIX LUA_USE_DLOPEN)
+    target_link_libraries(lua_from_source PRIVATE m ${CMAKE_DL_LIBS})
+  else()
+    add_library(lua_from_source STATIC ${sources})
+    target_link_libraries(lua_from_source INTERFACE m)
+  endif()
+  set_target_properties(lua_from_source PROPERTIES C_EXTENSIONS ON)
+  target_compile_options(lua_from_source PRIVATE -w) # not ours to mend
+  target_link_libraries(lua_from_source PRIVATE kel_sanitizers)
+  target_include_directories(kel_lua_headers SYSTEM INTERFACE ${folder}/src)
+  target_link_libraries(kel_lua INTERFACE lua_from_source)
+
+else()
+  message(FATAL_ERROR "KEL_LUA is \"${KEL_LUA}\"; expected debian, source or luajit")
+endif()
