@@ -44,4 +44,8 @@ endif()
 add_library(kel_contract INTERFACE)
 target_include_directories(kel_contract INTERFACE ${PROJECT_SOURCE_DIR}/include)
 
+# Whether programs load plug-ins from files; elsewhere they carry the plug-in in themselves.
+get_property(KEL_HAS_SHARED_OBJECTS GLOBAL PROPERTY TARGET_SUPPORTS_SHARED_LIBS)
+
 include(${CMAKE_CURRENT_LIST_DIR}/lua.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/header_library.cmake)

@@ -24,8 +24,7 @@ elseif(KEL_LUA STREQUAL "source")
   execute_process(COMMAND ${PROJECT_SOURCE_DIR}/tools/fetch-lua-source ${folder} COMMAND_ERROR_IS_FATAL ANY)
   file(GLOB sources ${folder}/src/l*.c)
   list(FILTER sources EXCLUDE REGEX "/(lua|luac)[.]c$") # the programs
-  get_property(has_shared_objects GLOBAL PROPERTY TARGET_SUPPORTS_SHARED_LIBS)
-  if(has_shared_objects)
+  if(KEL_HAS_SHARED_OBJECTS)
     add_library(lua_from_source SHARED ${sources}) # one Lua for the program and for the plug-ins that it loads
     target_compile_definitions(lua_from_source PRIVATE LUA_USE_POSIX LUA_USE_DLOPEN)
     target_link_libraries(lua_from_source PRIVATE m ${CMAKE_DL_LIBS})
@@ -36,7 +35,7 @@ elseif(KEL_LUA STREQUAL "source")
   set_target_properties(lua_from_source PROPERTIES C_EXTENSIONS ON)
   target_compile_options(lua_from_source PRIVATE -w) # not ours to mend
   target_link_libraries(lua_from_source PRIVATE kel_sanitizers)
-  target_include_directories(kel_lua_headers SYSTEM INTERFACE ${folder}/src)
+  target_include_directories(kel_lua_headers SYSTEM INTERFACE ${folder}/src ${folder}/etc) # etc: lua.hpp
   target_link_libraries(kel_lua INTERFACE lua_from_source)
 
 else()

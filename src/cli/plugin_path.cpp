@@ -4,13 +4,40 @@
 #include <cstdio>
 #include <cstdlib>
 
+#ifdef KEL_PLUGIN_IS_LINKED
+#include <kel/sdk/plugin.h>
+#else
 #include <unistd.h>
+#endif
 
 #include "readable.h"
 
 namespace kelhost {
 
 namespace {
+
+// A name without a slash would be looked for in the system's library folders instead of here.
+std::string as_path(const std::string &file) { return file.find('/') == std::string::npos ? "./" + file : file; }
+
+PluginSearch only(const std::string &file, const std::string &named_by) {
+    PluginSearch search;
+    const std::string fault = why_unreadable(file);
+    if (fault.empty())
+        search.plugin.emplace().path = as_path(file);
+    else
+        search.looked_for.push_back(file + " (" + named_by + "): " + fault);
+    return search;
+}
+
+#ifdef KEL_PLUGIN_IS_LINKED
+
+PluginSearch own_plugin() {
+    PluginSearch search;
+    search.plugin.emplace().entry = KEL_PLUGIN_CREATE_FUNC;
+    return search;
+}
+
+#else
 
 constexpr const char *file_name = "luakeldom.so";
 
@@ -23,26 +50,18 @@ std::string program_folder() {
     return program.substr(0, program.rfind('/'));
 }
 
-// A name without a slash would be looked for in the system's library folders instead of here.
-std::string as_path(const std::string &file) { return file.find('/') == std::string::npos ? "./" + file : file; }
-
-PluginSearch only(const std::string &file, const std::string &named_by) {
+PluginSearch own_plugin() {
+    const std::string folder = program_folder();
     PluginSearch search;
-    const std::string fault = why_unreadable(file);
-    if (fault.empty())
-        search.path = as_path(file);
-    else
-        search.looked_for.push_back(file + " (" + named_by + "): " + fault);
-    return search;
-}
-
-PluginSearch near_program(const std::string &folder) {
-    PluginSearch search;
+    if (folder.empty()) {
+        search.looked_for.emplace_back("the tool's own folder, which this system does not tell");
+        return search;
+    }
     for (const char *place : {"/../lib/", "/../lib/kel/", "/"}) {
         const std::string file = folder + place + file_name;
         const std::string fault = why_unreadable(file);
         if (fault.empty()) {
-            search.path = file;
+            search.plugin.emplace().path = file;
             return search;
         }
         search.looked_for.push_back(std::string(file).append(": ").append(fault));
@@ -50,15 +69,15 @@ PluginSearch near_program(const std::string &folder) {
     return search;
 }
 
+#endif
+
 } // namespace
 
 PluginSearch find_plugin(const std::string &chosen) {
     if (!chosen.empty()) return only(chosen, "--plugin");
     const char *from_environment = std::getenv("KEL_PLUGIN");
     if (from_environment != nullptr && *from_environment != '\0') return only(from_environment, "KEL_PLUGIN");
-    const std::string folder = program_folder();
-    if (folder.empty()) return {.path = {}, .looked_for = {"the tool's own folder, which this system does not tell"}};
-    return near_program(folder);
+    return own_plugin();
 }
 
 std::string explain(const PluginSearch &search) {

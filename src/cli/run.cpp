@@ -103,12 +103,12 @@ private:
         options.log_level = level_;
         options.log = report_log;
         options.output = print;
-        options.plugins.emplace_back().path = search.path;
+        if (search.plugin) options.plugins.push_back(*search.plugin);
         Diagnostics faults;
         app_ = Application::load(arguments_.path, std::move(options), faults);
         if (app_ == nullptr) report_faults(faults, faults.empty() ? arguments_.path : faults.front().file);
-        if (search.path.empty()) report_error(explain(search));
-        return scripts_are_readable() && app_ != nullptr && !search.path.empty();
+        if (!search.plugin) report_error(explain(search));
+        return scripts_are_readable() && app_ != nullptr && search.plugin.has_value();
     }
 
     bool scripts_are_readable() const {
