@@ -1,19 +1,33 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-apicheck coverage lint bench clean deps build-dev build-release
+.PHONY: help demo demo-m7 test test-m7 test-m32 test-luajit test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
 
 APP ?= examples/thermostat
 DEMO_EVENTS = press:climate.target.warmer press:climate.mode.cool press:climate.room.alerts press:climate.room.alerts \
 	press:preferences.brightness.card press:week.heading.holiday
 
 help: ## Show this list
-	@awk -F ':.*## ' '/^[a-z-]+:.*## /{printf "  make %-13s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## /{printf "  make %-13s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
 
 demo: deps build-release ## Build all and run the thermostat with its scripts
 	build/release/bin/kel run $(APP) $(DEMO_EVENTS:%=--event %)
 
 test: deps build-dev ## Build all with sanitizers and run every test
 	ctest --preset dev
+
+test-m32: deps cases ## Run every test with 32-bit words, Lua built with sanitizers too
+	cmake --preset m32 && cmake --build --preset m32
+	ctest --preset m32
+
+test-luajit: deps ## Run every test on LuaJIT
+	cmake --preset luajit && cmake --build --preset luajit
+	ctest --preset luajit
+
+test-m7: deps build-release cases build-m7 ## Run the tests on an emulated Cortex-M7
+	ctest --preset m7
+
+demo-m7: deps build-m7 ## Run the thermostat on an emulated Cortex-M7
+	target/cortex-m7/emulate build/m7/bin/kel run $(APP) $(DEMO_EVENTS:%=--event %)
 
 test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called
 	tools/test-apicheck
@@ -38,8 +52,15 @@ clean: ## Remove everything that was built
 deps:
 	@tools/install-deps
 
+cases: # random ones, new each time, for machines that cannot make them
+	cmake --preset dev && cmake --build --preset dev --target test_property
+	build/dev/bin/test_property --write build/cases
+
 build-dev:
 	cmake --preset dev && cmake --build --preset dev
+
+build-m7:
+	cmake --preset m7 && cmake --build --preset m7
 
 build-release:
 	cmake --preset release && cmake --build --preset release

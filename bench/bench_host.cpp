@@ -14,7 +14,7 @@ using namespace kelhost;
 
 std::unique_ptr<Application> load(std::int64_t controls) {
     Options options;
-    options.log = [](const LogEntry &entry) { std::fprintf(stderr, "%s\n", entry.text.c_str()); };
+    options.log = [](const LogEntry &entry) { std::fprintf(stderr, "%s\n", std::string(entry.text).c_str()); };
     options.plugins.emplace_back().path = PLUGIN;
     Diagnostics faults;
     auto application =

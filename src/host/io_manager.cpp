@@ -157,8 +157,8 @@ std::size_t IoManager::pump(std::size_t most) {
     std::size_t delivered = 0;
     for (; delivered < most && !queue_.empty(); ++delivered) deliver_next();
     if (!queue_.empty())
-        log_.format(KL_LOG_WARNING, "Stopped after delivering %zu events, %zu still wait: do events queue each other?",
-                    delivered, queue_.size());
+        log_.write(KL_LOG_WARNING, "Stopped after delivering " + std::to_string(delivered) + " events, "
+                                       + std::to_string(queue_.size()) + " still wait: do events queue each other?");
     return delivered;
 }
 

@@ -52,11 +52,11 @@ void Log::hand_on(int level, std::string_view text) noexcept {
     try {
         text = without_line_end(text);
         if (sink_)
-            sink_({level, std::string(text)});
+            sink_({level, text});
         else
             write_to_standard_error(level, text);
     } catch (...) {
-        // Out of memory, or a sink that fails: there is nobody left to tell.
+        // A sink that fails: there is nobody left to tell.
     }
 }
 

@@ -52,18 +52,21 @@ private:
     static int set_up(lua_State *L);
     static int protect(lua_State *L);
     static int collect_traceback(lua_State *L);
-    void make_room(lua_State *L);
+    void make_room(lua_State *L, int collector);
     bool run_chunk(std::string_view code, const std::string &chunk_name);
     bool perform(Job &job);
     bool call_protected(Job &job) noexcept;
     void restore_holds(int depth) noexcept;
     void report(ScriptError error) noexcept;
+    void log_error(const ScriptError &error) noexcept;
+    void prepare_report() noexcept;
 
     Runtime &runtime_;
     LuaBudget budget_;
     lua_State *state_ = nullptr;
-    int depth_ = 0; // calls into scripts, one inside the other
-    std::vector<ScriptError> errors_;
+    int depth_ = 0;                   // calls into scripts, one inside the other
+    std::vector<ScriptError> errors_; // with room for one more
+    std::string memory_message_;      // "not enough memory"
 };
 
 } // namespace kelhost

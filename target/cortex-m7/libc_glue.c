@@ -2,8 +2,11 @@
 #include <errno.h>
 #include <stddef.h>
 #include <stdint.h>
+#include <stdio.h>
 
 #include <sys/reent.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "semihosting.h"
 
@@ -45,3 +48,19 @@ int _open_r(struct _reent *library, const char *path, int flags, int mode) {
     if (descriptor == -1) library->_errno = errno != 0 ? errno : EIO;
     return descriptor;
 }
+
+/* There is no call for folders: the shell of the emulator's machine does it. Paths hold no quotes. */
+static int run_on_path(const char *command, const char *path, int reason) {
+    char line[1024];
+    const int length = snprintf(line, sizeof line, "%s '%s' 2>/dev/null", command, path);
+    if (length < (int)sizeof line && semihosting_run(line) == 0) return 0;
+    errno = reason;
+    return -1;
+}
+
+int mkdir(const char *path, mode_t mode) {
+    (void)mode;
+    return run_on_path("mkdir", path, EEXIST);
+}
+
+int rmdir(const char *path) { return run_on_path("rmdir", path, ENOTEMPTY); }

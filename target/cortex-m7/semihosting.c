@@ -4,8 +4,16 @@
 
 #include <stdint.h>
 #include <stdio.h>
+#include <string.h>
 
-enum { SYS_OPEN = 0x01, SYS_CLOSE = 0x02, SYS_WRITE0 = 0x04, SYS_GET_CMDLINE = 0x15, SYS_EXIT_EXTENDED = 0x20 };
+enum {
+    SYS_OPEN = 0x01,
+    SYS_CLOSE = 0x02,
+    SYS_WRITE0 = 0x04,
+    SYS_SYSTEM = 0x12,
+    SYS_GET_CMDLINE = 0x15,
+    SYS_EXIT_EXTENDED = 0x20
+};
 enum { APPLICATION_EXIT = 0x20026 };
 
 static int call(int operation, const void *argument) {
@@ -40,6 +48,14 @@ int semihosting_is_folder(const char *path) {
     if (handle == -1) return 0;
     (void)call(SYS_CLOSE, &handle);
     return 1;
+}
+
+int semihosting_run(const char *command) {
+    const struct {
+        const char *command;
+        size_t length;
+    } block = {command, strlen(command)};
+    return call(SYS_SYSTEM, &block);
 }
 
 void semihosting_exit(int status) {

@@ -13,5 +13,8 @@ void semihosting_write(const char *text);
 /* Whether path is a folder of the machine that the emulator runs on. */
 int semihosting_is_folder(const char *path);
 
+/* Runs a command of the shell of the machine that the emulator runs on. Returns its status. */
+int semihosting_run(const char *command);
+
 /* Ends the program. status: 0 to 255. */
 void semihosting_exit(int status) __attribute__((noreturn));

@@ -74,7 +74,7 @@ public:
         options.log_level = KL_LOG_TRACE2;
         options.log = [this](const kelhost::LogEntry &entry) {
             if (!lines_.empty()) lines_ += '\n';
-            lines_ += std::string(kelhost::log_level_name(entry.level)) + ": " + entry.text;
+            lines_ += std::string(kelhost::log_level_name(entry.level)) + ": " + std::string(entry.text);
         };
         options.output = [this](std::string_view text) { output_ += text; };
         return options;

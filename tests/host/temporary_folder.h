@@ -1,12 +1,15 @@
 // temporary_folder.h: a folder of a test's own with the files that it writes, gone afterwards.
 #pragma once
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <doctest/doctest.h>
@@ -15,8 +18,15 @@ class TemporaryFolder {
 public:
     TemporaryFolder() {
         const char *const parent = std::getenv("TMPDIR");
-        path_ = std::string(parent != nullptr ? parent : "/tmp") + "/kelhost_XXXXXX";
-        REQUIRE(mkdtemp(path_.data()) != nullptr);
+        const std::string stem = std::string(parent != nullptr ? parent : "/tmp") + "/kelhost_";
+        // By count rather than mkdtemp(), which newlib has but cannot do.
+        for (int number = 0; path_.empty(); ++number) {
+            const std::string path = stem + std::to_string(number);
+            if (mkdir(path.c_str(), 0700) == 0)
+                path_ = path;
+            else
+                REQUIRE_MESSAGE(errno == EEXIST, path, ": ", std::strerror(errno));
+        }
     }
     ~TemporaryFolder() {
         for (const std::string &file : files_) std::remove(file.c_str());

@@ -65,7 +65,7 @@ Input other(std::string_view what) {
     return input;
 }
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double infinite = std::numeric_limits<double>::infinity();
 
 const std::vector<DataType> integer_types = {DataType::i8,  DataType::u8,  DataType::i16,
                                              DataType::u16, DataType::i32, DataType::u32};
@@ -183,9 +183,9 @@ TEST_CASE("fractions are cut toward zero for integers, before the range is looke
 TEST_CASE("infinity is clamped for integers") {
     Bench bench;
     bench.data.create("v", DataType::u16, Value(5.0));
-    CHECK(bench.data.write("v", number(infinity)) == WriteResult::changed);
+    CHECK(bench.data.write("v", number(infinite)) == WriteResult::changed);
     CHECK(bench.captured.take() == "warning: Value inf for v (u16) is out of range, 65535 is written");
-    CHECK(bench.data.write("v", number(-infinity)) == WriteResult::changed);
+    CHECK(bench.data.write("v", number(-infinite)) == WriteResult::changed);
     CHECK(bench.captured.take() == "warning: Value -inf for v (u16) is out of range, 0 is written");
 }
 
@@ -200,7 +200,7 @@ TEST_CASE("what is no number is refused for integers") {
 TEST_CASE("f64 takes every number") {
     Bench bench;
     bench.data.create("v", DataType::f64, Value(0.0));
-    for (const double value : {1.5, -1e308, 5e-324, infinity, -infinity}) {
+    for (const double value : {1.5, -1e308, 5e-324, infinite, -infinite}) {
         CAPTURE(value);
         CHECK(bench.data.write("v", number(value)) == WriteResult::changed);
         CHECK(std::get<double>(bench.data.find("v")->value) == value);
@@ -302,7 +302,7 @@ TEST_CASE("texts that are numbers as a whole become numbers") {
         {" 0x1f ",                                                                      31      },
         {"-0x10",                                                                       -16     },
         {"007",                                                                         7       },
-        {"1e400",                                                                       infinity},
+        {"1e400",                                                                       infinite},
         {"123456789012345678901234567890123456789012345678901234567890",
          123456789012345678901234567890123456789012345678901234567890.0                         },
         {"                                                                          4", 4       },
@@ -389,7 +389,7 @@ TEST_CASE("writing an unknown key creates a variable of the value's type") {
     CHECK(bench.shown("a.large") == "f64 2147483648");
     CHECK(bench.data.write("a.fraction", number(0.5)) == WriteResult::changed);
     CHECK(bench.shown("a.fraction") == "f64 0.5");
-    CHECK(bench.data.write("a.infinite", number(infinity)) == WriteResult::changed);
+    CHECK(bench.data.write("a.infinite", number(infinite)) == WriteResult::changed);
     CHECK(bench.shown("a.infinite") == "f64 inf");
     CHECK(bench.data.write("a.nan", number(std::nan(""))) == WriteResult::changed);
     CHECK(bench.shown("a.nan") == "f64 nan");

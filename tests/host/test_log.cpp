@@ -18,13 +18,17 @@ using kelhost::LogEntry;
 namespace {
 
 struct Lines {
-    std::vector<LogEntry> entries;
+    struct Line {
+        int level;
+        std::string text;
+    };
+    std::vector<Line> entries;
     kelhost::LogSink sink() {
-        return [this](const LogEntry &entry) { entries.push_back(entry); };
+        return [this](const LogEntry &entry) { entries.push_back({entry.level, std::string(entry.text)}); };
     }
     std::string texts() const {
         std::string joined;
-        for (const LogEntry &entry : entries) joined += std::to_string(entry.level) + "=" + entry.text + ";";
+        for (const Line &entry : entries) joined += std::to_string(entry.level) + "=" + entry.text + ";";
         return joined;
     }
 };

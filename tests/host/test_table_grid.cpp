@@ -5,6 +5,7 @@
 #include <doctest/doctest.h>
 
 #include "model_fixture.h"
+#include "support/machine.h"
 
 namespace {
 
@@ -355,13 +356,14 @@ TEST_CASE_FIXTURE(ModelFixture, "a table has 65536 cells at most") {
 }
 
 TEST_CASE_FIXTURE(ModelFixture, "a batch may turn a long table into a wide one") {
-    build({table("list", 60000, 1, {cell_template("row")})});
+    const int cells = many(60000);
+    build({table("list", cells, 1, {cell_template("row")})});
     data.hold();
-    CHECK(write("main.list.kld_cols", 60000.0));
+    CHECK(write("main.list.kld_cols", static_cast<double>(cells)));
     CHECK(write("main.list.kld_rows", 1.0));
     data.release();
     CHECK(table_record("main.list").rows == 1);
-    CHECK(table_record("main.list").cols == 60000);
+    CHECK(table_record("main.list").cols == cells);
 }
 
 TEST_CASE_FIXTURE(ModelFixture, "a count that is set back is told to those who listen") {

@@ -433,20 +433,20 @@ TEST_CASE("the log keeps the channel, the level and the formatted text") {
 }
 
 TEST_CASE("an error is noted, and unwinds or returns") {
-    auto raise = [](lua_State *L) {
+    auto raise_error = [](lua_State *L) {
         kl_lua_error(L, "Argument %d must be %s", 3, "an integer");
         lua_pushstring(L, "came back");
         return 1;
     };
     SUBCASE("unwinds") {
         HostFixture host(Errors::unwind);
-        CHECK(host.call(raise) == Lines{"error: Argument 3 must be an integer"});
+        CHECK(host.call(raise_error) == Lines{"error: Argument 3 must be an integer"});
         CHECK(host.take_errors() == Lines{"Argument 3 must be an integer"});
         CHECK(host.take_lines() == Lines{"kl_lua_error(\"Argument 3 must be an integer\")"});
     }
     SUBCASE("returns") {
         HostFixture host(Errors::return_);
-        CHECK(host.call(raise) == Lines{"\"came back\""});
+        CHECK(host.call(raise_error) == Lines{"\"came back\""});
         CHECK(host.take_errors() == Lines{"Argument 3 must be an integer"});
     }
 }

@@ -24,7 +24,7 @@ public:
 private:
     void append(const kelhost::LogEntry &entry) {
         if (!lines_.empty()) lines_ += '\n';
-        lines_ += std::string(kelhost::log_level_name(entry.level)) + ": " + entry.text;
+        lines_ += std::string(kelhost::log_level_name(entry.level)) + ": " + std::string(entry.text);
     }
 
     std::string lines_;

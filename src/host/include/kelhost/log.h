@@ -9,10 +9,11 @@
 namespace kelhost {
 
 // One line. level is one of KL_LOG_ALWAYS (-1) to KL_LOG_TRACE2 (9), see <kel/kel.h>; text has no line end, but a
-// script error's text holds its traceback on further lines.
+// script error's text holds its traceback on further lines. It is valid during the call alone: a line is handed on
+// without asking for memory, so that one that says that there is none gets through.
 struct LogEntry {
     int level = 0;
-    std::string text;
+    std::string_view text;
 };
 
 // Receives each line that passes the log's level. Must not throw.
