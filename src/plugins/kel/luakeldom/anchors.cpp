@@ -10,7 +10,7 @@
 
 namespace {
 
-enum anchor_t : int { bad_anchor = 0, leading = 1, center = 2, trailing = 3 };
+enum anchor_t : int { leading = 1, center = 2, trailing = 3 };
 
 struct axis_t {
     variable_t position;
@@ -20,6 +20,8 @@ struct axis_t {
 
 constexpr axis_t horizontal{kld_x, kld_width, "kel.LEFT, kel.CENTER or kel.RIGHT"};
 constexpr axis_t vertical{kld_y, kld_height, "kel.TOP, kel.CENTER or kel.BOTTOM"};
+
+constexpr int first_value = 2;
 
 // Coordinates are the host's 16 bits wide and wrap.
 int16_t to_coordinate(lua_Integer number) { return static_cast<int16_t>(number); }
@@ -34,18 +36,17 @@ int16_t current(lua_State *L, kl_application_t *app, const dom_object_t *object,
 
 bool is_number(lua_State *L, int position) {
     if (lua_isnumber(L, position)) return true;
-    kl_lua_error(L, "Argument %d must be an integer", position);
-    return false;
+    return raise_argument_error(L, position, "an integer");
 }
 
-// The anchor at a position: leading when there is none, bad_anchor after raising why. Kept: only its low 8 bits count.
-anchor_t checked_anchor(lua_State *L, int position, const axis_t &axis) {
-    if (lua_type(L, position) <= LUA_TNIL) return leading;
-    if (!is_number(L, position)) return bad_anchor;
+// The anchor at a position: leading, which changes nothing, when there is none, and after raising that it is bad.
+// Kept: only its low 8 bits count.
+anchor_t checked_anchor(lua_State *L, int position, const char *anchors) {
+    if (lua_type(L, position) <= LUA_TNIL || !is_number(L, position)) return leading;
     auto anchor = static_cast<int8_t>(lua_tointeger(L, position));
     if (anchor >= leading && anchor <= trailing) return static_cast<anchor_t>(anchor);
-    kl_lua_error(L, "Argument %d must be %s", position, axis.anchors);
-    return bad_anchor;
+    raise_argument_error(L, position, anchors);
+    return leading;
 }
 
 // How far the anchor point lies from the leading edge, of a length or of a change of it. Halves go toward zero.
@@ -58,86 +59,63 @@ void replace(lua_State *L, int position, int coordinate) {
 }
 
 // Replaces the position that was given for the anchor point by that of the leading edge.
-int move(lua_State *L, kl_application_t *app, const dom_object_t *object, const axis_t &axis, int value,
-         int anchor_position) {
-    anchor_t anchor = checked_anchor(L, anchor_position, axis);
-    if (anchor == leading) return 0;
-    if (anchor == bad_anchor || !is_number(L, value)) return -1;
+void move(lua_State *L, kl_application_t *app, const dom_object_t *object, const axis_t &axis, anchor_t anchor,
+          int value) {
+    if (!is_number(L, value)) return;
     int16_t wanted = to_coordinate(lua_tointeger(L, value));
     replace(L, value, wanted - share(anchor, current(L, app, object, axis.extent)));
-    return 0;
 }
 
-// When the leading edge has to move for the anchor point to stay, leaves its new position where the anchor was, and has
-// it written: the list's placeholder at `slot` becomes the position's variable.
-int resize(lua_State *L, kl_application_t *app, const dom_object_t *object, const axis_t &axis, int value,
-           int anchor_position, unsigned slot, variable_list_t &list) {
-    anchor_t anchor = checked_anchor(L, anchor_position, axis);
-    if (anchor == leading) return 0;
-    if (anchor == bad_anchor) return -1;
+// Whether the leading edge has to move for the anchor point to stay; its new position is then left where the anchor
+// was.
+bool resize(lua_State *L, kl_application_t *app, const dom_object_t *object, const axis_t &axis, anchor_t anchor,
+            int value, int anchor_position) {
     int16_t extent = current(L, app, object, axis.extent);
-    if (!is_number(L, value)) return -1;
+    if (!is_number(L, value)) return false;
     int16_t change = to_coordinate(extent - to_coordinate(lua_tointeger(L, value)));
-    if (!change) return 0;
+    if (!change) return false;
     replace(L, anchor_position, current(L, app, object, axis.position) + share(anchor, change));
-    list = with_slot(list, slot, axis.position);
-    return 0;
+    return true;
 }
 
-// The four anchored steps. Each is 0, or -1 after raising that an argument is bad.
-int keldom_set_x_anchored(lua_State *L, kl_application_t *app, const dom_object_t *object, int anchor) {
-    return move(L, app, object, horizontal, 2, anchor);
-}
-int keldom_set_y_anchored(lua_State *L, kl_application_t *app, const dom_object_t *object, int value, int anchor) {
-    return move(L, app, object, vertical, value, anchor);
-}
-int keldom_set_w_anchored(lua_State *L, kl_application_t *app, const dom_object_t *object, int anchor, unsigned slot,
-                          variable_list_t &list) {
-    return resize(L, app, object, horizontal, 2, anchor, slot, list);
-}
-int keldom_set_h_anchored(lua_State *L, kl_application_t *app, const dom_object_t *object, int value, int anchor,
-                          unsigned slot, variable_list_t &list) {
-    return resize(L, app, object, vertical, value, anchor, slot, list);
-}
-
-// Where a host's error call returns, a step that failed is passed over and the list is written as it stands.
-int anchored_step(lua_State *L, kl_application_t *app, const dom_object_t *object, variable_t variable, int value,
-                  int anchor, unsigned slot, variable_list_t &list) {
-    switch (variable) {
-    case kld_x:
-        return keldom_set_x_anchored(L, app, object, anchor);
-    case kld_y:
-        return keldom_set_y_anchored(L, app, object, value, anchor);
-    case kld_width:
-        return keldom_set_w_anchored(L, app, object, anchor, slot, list);
-    default:
-        return keldom_set_h_anchored(L, app, object, value, anchor, slot, list);
-    }
+// The anchored step of one value. Returns the list to write: a resize that moves the object too puts the position's
+// variable where the anchor's placeholder stood. Where a host's error call returns, a bad argument changes nothing.
+variable_list_t anchored(lua_State *L, kl_application_t *app, const dom_object_t *object, variable_list_t list,
+                         variable_t variable, int value, int anchor_position) {
+    const axis_t &axis = variable == kld_x || variable == kld_width ? horizontal : vertical;
+    anchor_t anchor = checked_anchor(L, anchor_position, axis.anchors);
+    if (anchor == leading) return list;
+    if (variable == axis.position)
+        move(L, app, object, axis, anchor, value);
+    else if (resize(L, app, object, axis, anchor, value, anchor_position))
+        return with_slot(list, static_cast<unsigned>(anchor_position - first_value), axis.position);
+    return list;
 }
 
 } // namespace
 
-int keldom_set_anchored(lua_State *L, variable_list_t list, int count, const char *expects) {
+int keldom_set_anchored(lua_State *L, variable_list_t list, minimum_t minimum, const char *others) {
     kl_application_t *app = nullptr;
     dom_object_t *object = nullptr;
-    if (!get_dom_object(L, app, object) || !has_arguments(L, app, 1 + count, expects)) return 0;
+    if (!get_dom_object(L, app, object) || !has_arguments(L, app, minimum, others)) return 0;
     if (object->type <= KL_OBJECT_TYPE_TABLE) {
+        int count = count_of(minimum) - 1;
         variable_list_t left = list;
-        for (int i = 0; i < count; ++i, left = rest_of(left))
-            anchored_step(L, app, object, first_of(left), 2 + i, 2 + count + i, static_cast<unsigned>(count + i), list);
+        for (int value = first_value; value < first_value + count; ++value, left = rest_of(left))
+            list = anchored(L, app, object, list, first_of(left), value, value + count);
     }
     return keldom_set_values_from_list(L, app, object, 2, list);
 }
 
-int keldom_set_x_function(lua_State *L) { return keldom_set_anchored(L, variables(kld_x), 1, "2 arguments (self, x)"); }
-int keldom_set_y_function(lua_State *L) { return keldom_set_anchored(L, variables(kld_y), 1, "2 arguments (self, y)"); }
+int keldom_set_x_function(lua_State *L) { return keldom_set_anchored(L, variables(kld_x), exactly(2), "x"); }
+int keldom_set_y_function(lua_State *L) { return keldom_set_anchored(L, variables(kld_y), exactly(2), "y"); }
 int keldom_set_width_function(lua_State *L) {
-    return keldom_set_anchored(L, variables(kld_width, placeholder), 1, "2 arguments (self, width)");
+    return keldom_set_anchored(L, variables(kld_width, placeholder), exactly(2), "width");
 }
 int keldom_set_height_function(lua_State *L) {
-    return keldom_set_anchored(L, variables(kld_height, placeholder), 1, "2 arguments (self, height)");
+    return keldom_set_anchored(L, variables(kld_height, placeholder), exactly(2), "height");
 }
 int keldom_set_size_function(lua_State *L) {
-    return keldom_set_anchored(L, variables(kld_width, kld_height, placeholder, placeholder), 2,
-                               "at least 3 arguments (self, width, height)");
+    return keldom_set_anchored(L, variables(kld_width, kld_height, placeholder, placeholder), at_least(3),
+                               "width, height");
 }

@@ -5,6 +5,14 @@
 
 #include "qualified_name.h"
 
+const char keldom_object_metatable[] = "keldom_object";
+const char control_object_metatable[] = "control_object";
+const char table_object_metatable[] = "table_object";
+const char group_object_metatable[] = "group_object";
+const char layer_instance_object_metatable[] = "layer_instance_object";
+const char layer_object_metatable[] = "layer_object";
+const char screen_object_metatable[] = "screen_object";
+
 namespace {
 
 // By type code. Templates and the application have the common methods alone, as has everything unknown.
@@ -56,6 +64,8 @@ dom_object_t *keldom_check_udata_base(lua_State *L, int index, const char *name)
     lua_settop(L, top);
     return object;
 }
+
+dom_object_t *handle_at(lua_State *L, int index) { return keldom_check_udata_base(L, index, keldom_object_metatable); }
 
 int keldom_push_as_dom_object(lua_State *L, kl_application_t *app, kl_object_t *object) {
     if (object) {

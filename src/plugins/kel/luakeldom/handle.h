@@ -12,19 +12,24 @@ struct dom_object_t {
     kl_object_type_t type;
 };
 
-// The metatables' names in the Lua registry.
-inline constexpr char keldom_object_metatable[] = "keldom_object";
-inline constexpr char control_object_metatable[] = "control_object";
-inline constexpr char table_object_metatable[] = "table_object";
-inline constexpr char group_object_metatable[] = "group_object";
-inline constexpr char layer_instance_object_metatable[] = "layer_instance_object";
-inline constexpr char layer_object_metatable[] = "layer_object";
-inline constexpr char screen_object_metatable[] = "screen_object";
+// The metatables' names in the Lua registry. Declared only: of an inline constant each object file has a copy.
+// NOLINTBEGIN(bugprone-dynamic-static-initializers): it takes a declaration for a variable without a constant value
+extern const char keldom_object_metatable[];
+extern const char control_object_metatable[];
+extern const char table_object_metatable[];
+extern const char group_object_metatable[];
+extern const char layer_instance_object_metatable[];
+extern const char layer_object_metatable[];
+extern const char screen_object_metatable[];
+// NOLINTEND(bugprone-dynamic-static-initializers)
 
 // [-0, +0] The handle at an absolute stack position, or null when the value is none: a userdata is a handle when its
 // metatable is `name`'s, or reaches it along the metatables' __index tables. Kept: so is a userdata without a
 // metatable.
 dom_object_t *keldom_check_udata_base(lua_State *L, int index, const char *name);
+
+// [-0, +0] The handle of any kind at an absolute stack position, or null.
+dom_object_t *handle_at(lua_State *L, int index);
 
 // [-0, +1] Pushes a new handle and returns 1; or pushes nothing and returns 0 after a warning when the object has no
 // name.

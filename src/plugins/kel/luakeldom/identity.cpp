@@ -6,14 +6,14 @@
 #include "entries.h"
 
 int keldom_dom_object_to_string(lua_State *L) {
-    dom_object_t *object = keldom_check_udata_base(L, 1, keldom_object_metatable);
+    dom_object_t *object = handle_at(L, 1);
     lua_pushstring(L, object ? object->name : "nil");
     return 1;
 }
 
 int keldom_dom_object_equals(lua_State *L) {
-    dom_object_t *a = keldom_check_udata_base(L, 1, keldom_object_metatable);
-    dom_object_t *b = keldom_check_udata_base(L, 2, keldom_object_metatable);
+    dom_object_t *a = handle_at(L, 1);
+    dom_object_t *b = handle_at(L, 2);
     lua_pushboolean(L, a && b && a->name && b->name && strcmp(a->name, b->name) == 0);
     return 1;
 }

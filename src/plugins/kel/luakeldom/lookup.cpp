@@ -21,7 +21,7 @@ bool keldom_is_sanitary(const char *name, size_t length) {
 // Kept: the six typed getters are one, and none looks at the type of what it found. `type` is for readers.
 int keldom_get_type(lua_State *L, [[maybe_unused]] kl_object_type_t type) {
     if (lua_isstring(L, 1)) return keldom_get_object_function(L);
-    if (!keldom_check_udata_base(L, 1, keldom_object_metatable)) return warn(kl_lua_get_app(L), not_a_handle);
+    if (!handle_at(L, 1)) return warn(kl_lua_get_app(L), not_a_handle);
     lua_pushvalue(L, 1);
     return 1;
 }
@@ -45,7 +45,7 @@ kl_object_t *keldom_get_object_from_stack(lua_State *L, kl_application_t *app) {
         if (!name) warn(app, "Argument must be a valid fully qualified name");
         return keldom_get_object(app, name);
     }
-    dom_object_t *handle = keldom_check_udata_base(L, 1, keldom_object_metatable);
+    dom_object_t *handle = handle_at(L, 1);
     if (!handle) {
         kel_app_log(app, KL_LOG_WARNING, "Argument must be a string or %s", keldom_object_metatable);
         return nullptr;

@@ -21,9 +21,8 @@ extern const char *const type_names[KL_OBJECT_TYPE_APP + 1];
 // [-0, +0] Sets a field of the table on top. The closure is made anew for each metatable, so that handles of different
 // kinds do not share __eq and Lua finds them unequal by itself.
 void set_metamethod(lua_State *L, const char *name, lua_CFunction function) {
-    lua_pushstring(L, name);
     lua_pushcclosure(L, function, 0);
-    lua_settable(L, -3);
+    lua_setfield(L, -2, name);
 }
 
 } // namespace
@@ -33,14 +32,13 @@ void create_metatable(lua_State *L, const char *name, int parent_index, const lu
     set_metamethod(L, "__tostring", keldom_dom_object_to_string);
     set_metamethod(L, "__gc", keldom_dom_object_free);
     set_metamethod(L, "__eq", keldom_dom_object_equals);
-    lua_pushstring(L, "__index");
     lua_createtable(L, 0, 0);
     luaL_openlib(L, nullptr, methods, 0);
     if (parent_index) {
-        lua_pushvalue(L, parent_index - 3); // the metatable, "__index" and the method table have come on top
+        lua_pushvalue(L, parent_index - 2); // the metatable and the method table have come on top
         lua_setmetatable(L, -2);
     }
-    lua_settable(L, -3);
+    lua_setfield(L, -2, "__index");
 }
 
 void keldom_register(lua_State *L) {
@@ -86,28 +84,31 @@ const luaL_Reg keldom_obj_methods[] = {
 };
 
 const luaL_Reg control_obj_methods[] = {
-    {"get_hidden",   keldom_get_hidden_function},
-    {"get_x",        keldom_get_x_function},
-    {"get_y",        keldom_get_y_function},
     {"get_width",    keldom_get_width_function},
     {"get_height",   keldom_get_height_function},
     {"get_position", keldom_get_position_function},
     {"get_size",     keldom_get_size_function},
     {"get_bounds",   keldom_get_bounds_function},
-    {"set_hidden",   keldom_set_hidden_function},
-    {"set_x",        keldom_set_x_function},
-    {"set_y",        keldom_set_y_function},
     {"set_width",    keldom_set_width_function},
     {"set_height",   keldom_set_height_function},
     {"set_position", keldom_set_position_function},
     {"set_size",     keldom_set_size_function},
     {"set_bounds",   keldom_set_bounds_function},
+    {"get_hidden",   keldom_get_hidden_function}, // from here on a group's too
+    {"get_x",        keldom_get_x_function},
+    {"get_y",        keldom_get_y_function},
+    {"set_hidden",   keldom_set_hidden_function},
+    {"set_x",        keldom_set_x_function},
+    {"set_y",        keldom_set_y_function},
     {"hide",         keldom_hide_function},
     {"show",         keldom_show_function},
     {"clone",        keldom_clone_function},
     {"delete",       keldom_delete_function},
     {nullptr,        nullptr},
 };
+
+// Kept: a group is a control to the host, but its handle has not all of a control's methods.
+constexpr const luaL_Reg *group_obj_methods = &control_obj_methods[10];
 
 const luaL_Reg table_obj_methods[] = {
     {"get_rows", keldom_get_rows_function},
@@ -116,21 +117,6 @@ const luaL_Reg table_obj_methods[] = {
     {"set_cols", keldom_set_cols_function},
     {"cell_key", keldom_get_cell_key_function},
     {nullptr,    nullptr},
-};
-
-// Kept: a group is a control to the host, but its handle has not all of a control's methods.
-const luaL_Reg group_obj_methods[] = {
-    {"get_hidden", keldom_get_hidden_function},
-    {"get_x",      keldom_get_x_function},
-    {"get_y",      keldom_get_y_function},
-    {"set_hidden", keldom_set_hidden_function},
-    {"set_x",      keldom_set_x_function},
-    {"set_y",      keldom_set_y_function},
-    {"hide",       keldom_hide_function},
-    {"show",       keldom_show_function},
-    {"clone",      keldom_clone_function},
-    {"delete",     keldom_delete_function},
-    {nullptr,      nullptr},
 };
 
 const luaL_Reg layer_instance_obj_methods[] = {
@@ -158,8 +144,8 @@ const luaL_Reg layer_instance_obj_methods[] = {
     {nullptr,        nullptr},
 };
 
-const luaL_Reg layer_obj_methods[] = {{nullptr, nullptr}};
-const luaL_Reg screen_obj_methods[] = {{nullptr, nullptr}};
+// Layers and screens have the common methods alone.
+const luaL_Reg no_methods[] = {{nullptr, nullptr}};
 
 // Parents: none, keldom_object, control_object, then keldom_object each time, one deeper a row.
 const metatable_row metatables[7] = {
@@ -168,8 +154,8 @@ const metatable_row metatables[7] = {
     {table_object_metatable,          -1, table_obj_methods},
     {group_object_metatable,          -3, group_obj_methods},
     {layer_instance_object_metatable, -4, layer_instance_obj_methods},
-    {layer_object_metatable,          -5, layer_obj_methods},
-    {screen_object_metatable,         -6, screen_obj_methods},
+    {layer_object_metatable,          -5, no_methods},
+    {screen_object_metatable,         -6, no_methods},
 };
 
 const char *const type_names[KL_OBJECT_TYPE_APP + 1] = {

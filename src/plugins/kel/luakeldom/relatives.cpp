@@ -55,10 +55,10 @@ int keldom_push_relatives(lua_State *L, fetcher_t fetch) {
 }
 
 // Kept: without an application these log, where the methods raise; and a list that cannot be made is silently nothing.
-int push_all(lua_State *L, kl_darray_t *(*fetch)(kl_application_t *app)) {
+int push_all(lua_State *L, kl_darray_t *(*fetch_all)(kl_application_t *app)) {
     kl_application_t *app = kl_lua_get_app(L);
     if (!app) return warn(app, no_application_for_call);
-    kl_darray_t *list = fetch(app);
+    kl_darray_t *list = fetch_all(app);
     return list ? keldom_push_as_dom_objects(L, app, list) : 0;
 }
 

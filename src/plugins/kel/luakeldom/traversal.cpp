@@ -20,7 +20,8 @@ int traverse_list(kl_darray_t *list, namer_t name_of, predicate_t work, void *us
     for (void *slot = iterator.first(&iterator, -1, -1); slot; slot = iterator.next(&iterator, -1, -1)) {
         kl_object_t *object = *static_cast<kl_object_t **>(slot);
         if (!object) break;
-        if (int stop = work(name_of(object), object, user_data)) return stop;
+        const char *name = name_of(object);
+        if (int stop = work(name, object, user_data)) return stop;
     }
     return 0;
 }
@@ -95,13 +96,13 @@ void *keldom_complex_traverse(kl_object_t *in, traverser_t traverser, int recurs
 // Kept: while descending, a match does not end the search, only a walk below that was ended does. So a descending
 // search visits everything and its result is the last match.
 int keldom_complex_traverse_helper(const char *name, void *data, void *user_data) {
-    auto *info = static_cast<complex_traverse_info_t *>(user_data);
-    int matched = info->work(name, data, info->user_data);
-    if (matched) info->result = data;
-    int stopped = info->recurse
-                      ? keldom_traverse(static_cast<kl_object_t *>(data), keldom_complex_traverse_helper, info)
+    auto *search = static_cast<complex_traverse_info_t *>(user_data);
+    int matched = search->work(name, data, search->user_data);
+    if (matched) search->result = data;
+    int stopped = search->recurse
+                      ? keldom_traverse(static_cast<kl_object_t *>(data), keldom_complex_traverse_helper, search)
                       : matched;
-    return stopped ? info->stop_on_find : 0;
+    return stopped ? search->stop_on_find : 0;
 }
 
 int keldom_objects_equal(const char *, void *data, void *user_data) { return data == user_data; }

@@ -18,11 +18,9 @@ kl_data_mgr_t *require_data_manager(lua_State *L, kl_application_t *app) {
     return data_mgr;
 }
 
-// [-0, +0] Writes the value at value_index, as seen with the key on top of the stack.
-void write_value(lua_State *L, kl_application_t *app, kl_data_mgr_t *data_mgr, const dom_object_t *object,
-                 const char *variable, int value_index) {
-    keldom_push_key(L, object, variable);
-    kl_lua_set_data_value(L, app, data_mgr, -1, value_index);
+// [-1, +0] Writes the value at value_index into the variable whose key is on top. There is a data manager.
+void write_value(lua_State *L, kl_application_t *app, int value_index) {
+    kl_lua_set_data_value(L, app, app->linfo->data_mgr, -1, value_index);
     lua_settop(L, -2);
 }
 
@@ -66,7 +64,9 @@ int keldom_set_values_from_list(lua_State *L, kl_application_t *app, const dom_o
     data_mgr->hold_change_listener(data_mgr);
     for (int index = start; list; list = rest_of(list), ++index) {
         variable_t variable = first_of(list);
-        if (variable != placeholder) write_value(L, app, data_mgr, object, variable_name(variable), index);
+        if (variable == placeholder) continue;
+        keldom_push_key(L, object, variable_name(variable));
+        write_value(L, app, index);
     }
     data_mgr->release_change_listener(data_mgr);
     return 0;
@@ -75,9 +75,9 @@ int keldom_set_values_from_list(lua_State *L, kl_application_t *app, const dom_o
 // Kept: lighter than its siblings. What is no handle is silently nothing, and the application is needed for the log
 // alone.
 int keldom_get_key_function(lua_State *L) {
-    dom_object_t *object = keldom_check_udata_base(L, 1, keldom_object_metatable);
+    dom_object_t *object = handle_at(L, 1);
     if (!object) return 0;
-    if (!lua_isstring(L, 2)) return warn(kl_lua_get_app(L), "Argument 2 must be a string");
+    if (!lua_isstring(L, 2)) return warn_argument(kl_lua_get_app(L), 2, "a string");
     keldom_push_key(L, object, lua_tolstring(L, 2, nullptr));
     return 1;
 }
@@ -86,9 +86,9 @@ int keldom_get_cell_key_function(lua_State *L) {
     kl_application_t *app = nullptr;
     dom_object_t *object = nullptr;
     if (!get_dom_object(L, app, object)) return 0;
-    if (!lua_isnumber(L, 2)) return warn(app, "Argument 2 must be a number");
-    if (!lua_isnumber(L, 3)) return warn(app, "Argument 3 must be a number");
-    if (!lua_isstring(L, 4)) return warn(app, "Argument 3 must be a string"); // kept: names 3, checks 4
+    if (!lua_isnumber(L, 2)) return warn_argument(app, 2, "a number");
+    if (!lua_isnumber(L, 3)) return warn_argument(app, 3, "a number");
+    if (!lua_isstring(L, 4)) return warn_argument(app, 3, "a string"); // kept: names 3, checks 4
     lua_pushfstring(L, "%s.%s.%d.%d", object->name, lua_tolstring(L, 4, nullptr), static_cast<int>(lua_tointeger(L, 2)),
                     static_cast<int>(lua_tointeger(L, 3)));
     return 1;
@@ -100,7 +100,7 @@ int keldom_get_value_function(lua_State *L) {
     dom_object_t *object = nullptr;
     if (!get_dom_object(L, app, object)) return 0;
     int count = lua_gettop(L);
-    if (!has_arguments(L, app, 2, "at least 2 arguments (self, key, ...)")) return 0;
+    if (!has_arguments(L, app, at_least(2), "key, ...")) return 0;
     for (int i = 2; i <= count; ++i) {
         keldom_get_value(L, app, object, lua_tolstring(L, i, nullptr));
         lua_replace(L, i);
@@ -113,12 +113,15 @@ int keldom_set_value_function(lua_State *L) {
     dom_object_t *object = nullptr;
     if (!get_dom_object(L, app, object)) return 0;
     int count = lua_gettop(L);
-    if (!has_arguments(L, app, 3, "at least 3 arguments (self, k, v, ...)")) return 0;
+    if (!has_arguments(L, app, at_least(3), "k, v, ...")) return 0;
     kl_data_mgr_t *data_mgr = require_data_manager(L, app);
     if (!data_mgr) return 0;
     data_mgr->hold_change_listener(data_mgr);
     for (int i = 2; i < count; i += 2)
-        if (lua_isstring(L, i)) write_value(L, app, data_mgr, object, lua_tolstring(L, i, nullptr), i + 1);
+        if (lua_isstring(L, i)) {
+            keldom_push_key(L, object, lua_tolstring(L, i, nullptr));
+            write_value(L, app, i + 1);
+        }
     data_mgr->release_change_listener(data_mgr);
     return 0;
 }
@@ -130,7 +133,7 @@ int keldom_get_data_function(lua_State *L) {
     dom_object_t *object = nullptr;
     if (!get_dom_object(L, app, object)) return 0;
     int count = lua_gettop(L);
-    if (!has_arguments(L, app, 2, "at least 2 arguments (self, key, ...)")) return 0;
+    if (!has_arguments(L, app, at_least(2), "key, ...")) return 0;
     lua_createtable(L, 0, count - 1);
     int table = count + 1;
     for (int i = 2; i <= table; ++i) {
@@ -157,7 +160,10 @@ int keldom_set_data_function(lua_State *L) {
     data_mgr->hold_change_listener(data_mgr);
     lua_pushnil(L);
     while (lua_next(L, table)) {
-        if (lua_isstring(L, -2)) write_value(L, app, data_mgr, object, lua_tolstring(L, -2, nullptr), -2);
+        if (lua_isstring(L, -2)) {
+            keldom_push_key(L, object, lua_tolstring(L, -2, nullptr));
+            write_value(L, app, -2);
+        }
         lua_settop(L, -2);
     }
     data_mgr->release_change_listener(data_mgr);
