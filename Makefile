@@ -1,6 +1,6 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 test test-m7 test-m32 test-luajit test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 footprint test test-m7 test-m32 test-luajit test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
 
 APP ?= examples/thermostat
 DEMO_EVENTS = press:climate.target.warmer press:climate.mode.cool press:climate.room.alerts press:climate.room.alerts \
@@ -28,6 +28,11 @@ test-m7: deps build-release cases build-m7 ## Run the tests on an emulated Corte
 
 demo-m7: deps build-m7 ## Run the thermostat on an emulated Cortex-M7
 	target/cortex-m7/emulate build/m7/bin/kel run $(APP) $(DEMO_EVENTS:%=--event %)
+
+footprint: deps build-m7 ## Measure the plug-in on a Cortex-M7 and write docs/footprint.md
+	mkdir -p build/footprint
+	target/cortex-m7/emulate build/m7/bin/heap_figures > build/footprint/heap.json
+	tools/footprint --write --measured build/footprint/heap.json
 
 test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called
 	tools/test-apicheck
