@@ -63,7 +63,7 @@ void set_x(kl_layer_instance_t &instance, double number) noexcept { instance.x =
 void set_y(kl_layer_instance_t &instance, double number) noexcept { instance.y = to_coordinate(number); }
 
 void set_alpha(kl_layer_instance_t &instance, double number) noexcept {
-    instance.alpha = static_cast<std::uint16_t>(number); // of a u8
+    instance.alpha = to_field<std::uint8_t>(number);
 }
 
 constexpr Property<kl_control_t> control_properties[] = {

@@ -15,6 +15,19 @@ constexpr int check_period = 1000;
 // and making one costs as much as what may go unseen.
 constexpr int coroutine_check_period = 100;
 
+// The place of the caller's frame on the C stack.
+std::uintptr_t c_stack_place() noexcept { return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)); }
+
+#if defined(LUAJIT_VERSION)
+// Lua 5.1 ends a script that nests calls through C functions too deeply, such as a string.gsub in the function that it
+// calls. LuaJIT lets it overflow the C stack, so each call is looked at. The bound is about what Lua 5.1 lets scripts
+// use.
+constexpr int watched_calls = LUA_MASKCALL;
+#else
+constexpr int watched_calls = 0;
+#endif
+constexpr std::uintptr_t most_c_stack_bytes = 2U * 1024U * 1024U;
+
 const char budget_key = 0; // its address is the registry key
 
 LuaBudget *budget_of(lua_State *L) noexcept {
@@ -48,13 +61,15 @@ void *LuaBudget::allocate(void *self, void *block, std::size_t old_bytes, std::s
 void LuaBudget::watch(lua_State *L) {
     // Collected only when twice as much is in use, the state would need a bound twice as high as what scripts hold.
     if (limits_.memory_bytes != 0) lua_gc(L, LUA_GCSETPAUSE, 100);
-    if (limits_.instructions == 0) return;
+    if (limits_.instructions == 0 && watched_calls == 0) return;
 #if defined(LUAJIT_VERSION)
     luaJIT_setmode(L, 0, LUAJIT_MODE_ENGINE | LUAJIT_MODE_OFF); // compiled code calls no hook
 #endif
     lua_pushlightuserdata(L, const_cast<char *>(&budget_key));
     lua_pushlightuserdata(L, this);
     lua_rawset(L, LUA_REGISTRYINDEX);
+    set_hook(L, check_period);
+    if (limits_.instructions == 0) return;
     lua_getglobal(L, LUA_COLIBNAME);
     wrap_field(L, "create", make_watched_coroutine);
     wrap_field(L, "wrap", make_watched_coroutine);
@@ -62,24 +77,38 @@ void LuaBudget::watch(lua_State *L) {
     lua_pushvalue(L, LUA_GLOBALSINDEX);
     wrap_field(L, "xpcall", guarded_xpcall);
     lua_pop(L, 1);
-    lua_sethook(L, on_count, LUA_MASKCOUNT, period(check_period));
 }
 
 void LuaBudget::begin(lua_State *L) noexcept {
     running_ = true;
     lifted_ = true;
     instructions_ = 0;
-    if (limits_.instructions != 0) lua_sethook(L, on_count, LUA_MASKCOUNT, period(check_period));
+    c_stack_begin_ = c_stack_place();
+    if (limits_.instructions != 0) set_hook(L, check_period);
 }
 
-int LuaBudget::period(int wanted) const noexcept {
-    return static_cast<int>(std::min<std::uint64_t>(static_cast<std::uint64_t>(wanted), limits_.instructions));
+// Has instructions counted, where they are bounded, each so many of them; and calls seen, where they have to be.
+void LuaBudget::set_hook(lua_State *L, int period) const noexcept {
+    const auto count =
+        static_cast<int>(std::min<std::uint64_t>(static_cast<std::uint64_t>(period), limits_.instructions));
+    lua_sethook(L, on_hook, watched_calls | (count != 0 ? LUA_MASKCOUNT : 0), count);
 }
 
-void LuaBudget::on_count(lua_State *L, lua_Debug *) {
+void LuaBudget::on_hook(lua_State *L, lua_Debug *reason) {
     LuaBudget *const budget = budget_of(L);
     if (budget == nullptr || !budget->running_) return;
-    budget->charge(L, static_cast<std::uint64_t>(lua_gethookcount(L)), 0);
+    if (reason->event == LUA_HOOKCOUNT)
+        budget->charge(L, static_cast<std::uint64_t>(lua_gethookcount(L)), 0);
+    else
+        budget->check_c_stack(L);
+}
+
+// Either way that a stack may grow.
+void LuaBudget::check_c_stack(lua_State *L) const {
+    const std::uintptr_t here = c_stack_place();
+    if (std::max(here, c_stack_begin_) - std::min(here, c_stack_begin_) < most_c_stack_bytes) return;
+    lua_pushliteral(L, "C stack overflow");
+    lua_error(L);
 }
 
 // level: of the Lua function to blame, as lua_getstack counts.
@@ -87,7 +116,7 @@ void LuaBudget::charge(lua_State *L, std::uint64_t instructions, int level) {
     instructions_ += instructions;
     if (instructions_ < limits_.instructions) return;
     // Whoever catches the error gets no further than one instruction.
-    lua_sethook(L, on_count, LUA_MASKCOUNT, 1);
+    set_hook(L, 1);
     char number[24] = {};
     std::to_chars(number, number + sizeof number - 1, limits_.instructions);
     luaL_where(L, level);
@@ -116,8 +145,7 @@ int LuaBudget::make_watched_coroutine(lua_State *L) {
     lua_call(L, 1, 1);
     const bool wrapped = !lua_isthread(L, 1); // then the coroutine is the function's first upvalue
     if (wrapped) lua_getupvalue(L, 1, 1);
-    if (lua_State *const coroutine = lua_tothread(L, -1))
-        lua_sethook(coroutine, on_count, LUA_MASKCOUNT, budget.period(coroutine_check_period));
+    if (lua_State *const coroutine = lua_tothread(L, -1)) budget.set_hook(coroutine, coroutine_check_period);
     lua_settop(L, 1);
     return 1;
 }

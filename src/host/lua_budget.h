@@ -1,5 +1,5 @@
 // lua_budget.h: bounds what one call from the host into Lua may use: memory through the state's allocator, instructions
-// through a hook.
+// through a hook; and, where Lua does not see to it, the C stack.
 #pragma once
 
 #include <cstddef>
@@ -41,18 +41,20 @@ public:
 
 private:
     static void *allocate(void *self, void *block, std::size_t old_bytes, std::size_t new_bytes);
-    static void on_count(lua_State *L, lua_Debug *);
+    static void on_hook(lua_State *L, lua_Debug *reason);
     static int make_watched_coroutine(lua_State *L);
     static int guarded_xpcall(lua_State *L);
     static int guarded_message_handler(lua_State *L);
     void wrap_field(lua_State *L, const char *name, lua_CFunction wrapper);
     void charge(lua_State *L, std::uint64_t instructions, int level);
     bool spent() const noexcept { return running_ && instructions_ >= limits_.instructions; }
-    int period(int wanted) const noexcept;
+    void set_hook(lua_State *L, int period) const noexcept;
+    void check_c_stack(lua_State *L) const;
 
     Limits limits_;
     std::size_t memory_ = 0;
     std::uint64_t instructions_ = 0;
+    std::uintptr_t c_stack_begin_ = 0; // where the call into Lua is
     bool running_ = false;
     bool lifted_ = false;
 };

@@ -4,6 +4,7 @@
 // the call.
 #include "lua_host.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "file.h"
@@ -51,10 +52,18 @@ void assign(std::string &text, const char *begin, std::size_t length) noexcept {
     }
 }
 
-// The host's own functions, at the bottom of the stack, have no name that Lua knows.
+// Whether a line of a traceback is a C function's that Lua knows no name of: LuaJIT gives an address instead.
+bool is_nameless_frame(std::string_view line) noexcept {
+    return line == "\n\t[C]: ?" || line.starts_with("\n\t[C]: at 0x");
+}
+
+// The host's own functions are at the bottom of the stack.
 void remove_host_frames(std::string &traceback) noexcept {
-    constexpr std::string_view host_frame = "\n\t[C]: ?";
-    while (traceback.ends_with(host_frame)) traceback.resize(traceback.size() - host_frame.size());
+    for (;;) {
+        const std::size_t line = traceback.rfind('\n');
+        if (line == std::string::npos || !is_nameless_frame(std::string_view(traceback).substr(line))) return;
+        traceback.resize(line);
+    }
 }
 
 // The first line of a script may be for the system's shell; its end stays, so that lines count as in the file.
@@ -100,7 +109,7 @@ struct LuaHost::Job {
     void describe_error(lua_State *L);
 };
 
-LuaHost::LuaHost(Runtime &runtime) : runtime_(runtime), budget_(runtime.options.limits) {}
+LuaHost::LuaHost(Runtime &runtime) : runtime_(runtime), budget_(runtime.options.limits) { prepare_report(); }
 
 LuaHost::~LuaHost() { close(); }
 
@@ -240,9 +249,10 @@ void LuaHost::Job::describe_error(lua_State *L) {
     lua_settop(L, object);
 }
 
-// [-0, +0] A finalizer that fails is not the fault of the script that is about to run.
-void LuaHost::make_room(lua_State *L) {
-    lua_pushcfunction(L, collect_garbage);
+// [-0, +0] collector: the place of collect_garbage on the stack; to make it now may be too late. A finalizer that fails
+// is not the fault of the script that is about to run.
+void LuaHost::make_room(lua_State *L, int collector) {
+    lua_pushvalue(L, collector);
     if (lua_pcall(L, 0, 0, 0) == 0) return;
     const char *const message = lua_tostring(L, -1);
     runtime_.log.format(KL_LOG_WARNING, "A finalizer failed: %s", message != nullptr ? message : luaL_typename(L, -1));
@@ -251,13 +261,17 @@ void LuaHost::make_room(lua_State *L) {
 
 int LuaHost::protect(lua_State *L) {
     Job &job = Job::argument(L);
-    if (job.host.budget_.needs_room()) job.host.make_room(L);
+    lua_pushcfunction(L, collect_garbage);
+    const int collector = lua_gettop(L);
+    if (job.host.budget_.needs_room()) job.host.make_room(L, collector);
     lua_pushlightuserdata(L, &job);
     lua_pushcclosure(L, collect_traceback, 1);
     lua_pushcfunction(L, job.body);
     lua_pushlightuserdata(L, &job);
     job.host.budget_.restore_memory_bound();
-    job.failed = lua_pcall(L, 1, 0, 2) != 0;
+    const int status = lua_pcall(L, 1, 0, collector + 1);
+    job.failed = status != 0;
+    if (status == LUA_ERRMEM) job.host.make_room(L, collector); // what the script alone held is of no use any more
     if (job.failed) job.describe_error(L);
     return 0;
 }
@@ -287,15 +301,34 @@ bool LuaHost::perform(Job &job) {
 }
 
 void LuaHost::report(ScriptError error) noexcept {
+    if (error.message.empty()) error.message.swap(memory_message_);
+    remove_host_frames(error.traceback);
+    if (error.traceback == traceback_start) error.traceback.clear();
+    log_error(error);
+    if (errors_.size() < errors_.capacity()) errors_.push_back(std::move(error));
+    prepare_report();
+}
+
+// With the traceback on further lines, or without it where there is no memory to put them together.
+void LuaHost::log_error(const ScriptError &error) noexcept {
+    std::string text;
     try {
-        if (error.message.empty()) error.message = out_of_memory;
-        remove_host_frames(error.traceback);
-        if (error.traceback == traceback_start) error.traceback.clear();
-        runtime_.log.write(KL_LOG_ERROR,
-                           error.traceback.empty() ? error.message : error.message + "\n" + error.traceback);
-        errors_.push_back(std::move(error));
+        if (!error.traceback.empty()) text = error.message + "\n" + error.traceback;
     } catch (...) {
-        runtime_.log.write(KL_LOG_ERROR, out_of_memory);
+        text.clear();
+    }
+    runtime_.log.write(KL_LOG_ERROR, text.empty() ? error.message : text);
+}
+
+// Makes what report() needs beforehand: when it is called there may be no memory. Without any now either, further
+// errors are logged, and those that are remembered already tell that something failed.
+void LuaHost::prepare_report() noexcept {
+    constexpr std::size_t at_first = 8;
+    try {
+        if (memory_message_.empty()) memory_message_ = out_of_memory;
+        if (errors_.size() == errors_.capacity()) errors_.reserve(std::max(at_first, 2 * errors_.size()));
+    } catch (...) {
+        return;
     }
 }
 

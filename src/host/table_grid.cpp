@@ -218,9 +218,8 @@ void resize_grid(ModelContext &context, TableNode &table, GridSize size) {
 
 void follow_size_variables(ModelContext &context, TableNode &table) noexcept {
     const GridSize old = size_of(table);
-    // Both are u16 variables.
-    const GridSize size{static_cast<std::uint16_t>(number_of(context, table.rows_key, old.rows)),
-                        static_cast<std::uint16_t>(number_of(context, table.cols_key, old.cols))};
+    const GridSize size{to_field<std::uint16_t>(number_of(context, table.rows_key, old.rows)),
+                        to_field<std::uint16_t>(number_of(context, table.cols_key, old.cols))};
     if (size.rows == old.rows && size.cols == old.cols) return;
 
     const char *why = try_to_resize(context, table, size);

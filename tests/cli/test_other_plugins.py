@@ -1,6 +1,7 @@
 # test_other_plugins.py: plug-ins that misbehave or talk to the host's own log; small C files that the test compiles.
 
 import os
+import shlex
 import subprocess
 
 from kel_tool import BAD_INPUT, FAILED, PROJECT, SUCCEEDED, ToolTest
@@ -27,8 +28,9 @@ int KEL_PLUGIN_CREATE_FUNC(kl_plugin_state_t *state) {
 class OtherPlugins(ToolTest):
     def run_with_plugin(self, body, *options):
         self.write("small.c", PLUGIN % body)
-        subprocess.run([os.environ.get("CC", "cc"), "-shared", "-fPIC", "-I", PROJECT / "include", "small.c", "-o",
-                        "small.so"], cwd=self.folder, check=True)
+        compiler = shlex.split(os.environ.get("CC", "cc")) # with the flags that make the tool's kind of object
+        subprocess.run([*compiler, "-shared", "-fPIC", "-I", PROJECT / "include", "small.c", "-o", "small.so"],
+                       cwd=self.folder, check=True)
         app = self.write_app({"a.lua": 'print("ran")\n'})
         return self.kel("run", app, "--plugin", "small.so", *options)
 

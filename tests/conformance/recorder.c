@@ -1,6 +1,7 @@
 /* recorder.c: stands between the plug-in and the host. */
 #include "recorder.h"
 
+#include <math.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -254,7 +255,10 @@ kl_object_t *kc_kl_application_find_object(kl_application_t *app, const char *na
 static const char *value_text(lua_State *L, int index, char *text) {
     switch (lua_type(L, index)) {
     case LUA_TNUMBER:
-        snprintf(text, longest_line, "%.14g", (double)lua_tonumber(L, index));
+        if (isnan(lua_tonumber(L, index))) /* C libraries differ in the sign that they print */
+            snprintf(text, longest_line, "nan");
+        else
+            snprintf(text, longest_line, "%.14g", (double)lua_tonumber(L, index));
         break;
     case LUA_TSTRING:
         snprintf(text, longest_line, "\"%s\"", lua_tostring(L, index));

@@ -268,7 +268,8 @@ class Program(InFolder):
         self.assertEqual((status, said), (2, "footprint: found something\n"))
 
     def test_figures_from_the_board_are_a_table_of_their_own(self):
-        figures = {"handle_lua_bytes": 32, "handle_name_bytes": "length + 1", "lua_heap_after_start_bytes": 9876}
+        figures = {"lua_heap_without_plugin_bytes": 1234, "lua_heap_after_start_bytes": 9876, "handle_lua_bytes": 32,
+                   "handle_name_bytes": 8}
         measured = self.folder / "measured.json"
         measured.write_text(json.dumps(figures))
         self.assertEqual(self.run_main("--write", "--measured", str(measured))[0], 0)

@@ -87,3 +87,22 @@ TEST_CASE_FIXTURE(ModelFixture, "a property that a script makes wider than a coo
     CHECK(variable("main.bar.kld_width") == "i32 100000");
     CHECK(control_record("main.bar").size.width == 32767);
 }
+
+TEST_CASE_FIXTURE(ModelFixture, "a property that was made anew with another type gives its field the nearest number") {
+    build({table("list", 1, 1, {cell_template("row")})});
+    const auto write_anew = [&](const char *key, double number) {
+        data.erase(key);
+        CHECK(write(key, number));
+        CHECK(variable(key).starts_with("f64 "));
+    };
+    write_anew("home.main.kld_alpha", 1e300);
+    CHECK(record<kl_layer_instance_t>("home.main").alpha == 255);
+    write_anew("home.main.kld_alpha", -1e300);
+    CHECK(record<kl_layer_instance_t>("home.main").alpha == 0);
+    write_anew("home.main.kld_x", 1e300);
+    CHECK(record<kl_layer_instance_t>("home.main").x == 32767);
+    write_anew("main.list.kld_rows", -1e300);
+    CHECK(table_record("main.list").rows == 0);
+    write_anew("main.list.kld_cols", std::numeric_limits<double>::infinity());
+    CHECK(table_record("main.list").cols == 65535);
+}

@@ -36,12 +36,16 @@ struct Brick {
     int name = 0;
     int rows = 0;
     int cols = 0;
+
+    bool operator==(const Brick &) const = default;
 };
 
 struct Argument {
     enum Kind { handle, name, variable, text, number, nil, boolean, table, foreign, function, kind_count };
     int kind = handle;
     int pick = 0;
+
+    bool operator==(const Argument &) const = default;
 };
 
 struct Step {
@@ -54,12 +58,16 @@ struct Step {
     int fault = 0;
     int nth = 1;
     int clone = 0; // 0: refused; otherwise which object the host says that it made
+
+    bool operator==(const Step &) const = default;
 };
 
 struct RandomCase {
     bool errors_return = false;
     std::vector<Brick> bricks;
     std::vector<Step> steps;
+
+    bool operator==(const RandomCase &) const = default;
 };
 
 Description build_description(const std::vector<Brick> &bricks);
