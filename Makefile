@@ -1,6 +1,9 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 footprint test test-m7 test-m32 test-luajit test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint test test-m7 test-m32 test-luajit test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
+
+# Builds share the objects that their settings leave alike, whichever folder they are built in.
+export CCACHE_NOHASHDIR := 1
 
 APP ?= examples/thermostat
 DEMO_EVENTS = press:climate.target.warmer press:climate.mode.cool press:climate.room.alerts press:climate.room.alerts \
@@ -28,6 +31,12 @@ test-m7: deps build-release cases build-m7 ## Run the tests on an emulated Corte
 
 demo-m7: deps build-m7 ## Run the thermostat on an emulated Cortex-M7
 	target/cortex-m7/emulate build/m7/bin/kel run $(APP) $(DEMO_EVENTS:%=--event %)
+
+demo-freertos: build-freertos ## Run the thermostat in a FreeRTOS task there: FREERTOS_KERNEL_PATH=FOLDER
+	$(if $(FREERTOS_KERNEL_PATH),target/cortex-m7/emulate build/freertos/bin/kel_freertos $(APP) $(DEMO_EVENTS:%=--event %))
+
+test-freertos: build-freertos $(if $(FREERTOS_KERNEL_PATH),build-release) ## Run the tests of that: FREERTOS_KERNEL_PATH=FOLDER
+	$(if $(FREERTOS_KERNEL_PATH),ctest --preset freertos)
 
 footprint: deps build-m7 ## Measure the plug-in on a Cortex-M7 and write docs/footprint.md
 	mkdir -p build/footprint
@@ -69,3 +78,11 @@ build-m7:
 
 build-release:
 	cmake --preset release && cmake --build --preset release
+
+# The kernel is the user's.
+build-freertos: $(if $(FREERTOS_KERNEL_PATH),deps)
+ifneq ($(FREERTOS_KERNEL_PATH),)
+	cmake --preset freertos "-DFREERTOS_KERNEL_PATH=$(FREERTOS_KERNEL_PATH)" && cmake --build --preset freertos
+else
+	@echo "FREERTOS_KERNEL_PATH is not set: what runs on FreeRTOS is left out"
+endif
