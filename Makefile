@@ -1,6 +1,6 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint test test-m7 test-m32 test-luajit test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint test test-m7 test-m32 test-luajit test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
 
 # Builds share the objects that their settings leave alike, whichever folder they are built in.
 export CCACHE_NOHASHDIR := 1
@@ -10,7 +10,7 @@ DEMO_EVENTS = press:climate.target.warmer press:climate.mode.cool press:climate.
 	press:preferences.brightness.card press:week.heading.holiday
 
 help: ## Show this list
-	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## /{printf "  make %-13s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## /{printf "  make %-16s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
 
 demo: deps build-release ## Build all and run the thermostat with its scripts
 	build/release/bin/kel run $(APP) $(DEMO_EVENTS:%=--event %)
@@ -42,6 +42,9 @@ footprint: deps build-m7 ## Measure the plug-in on a Cortex-M7 and write docs/fo
 	mkdir -p build/footprint
 	target/cortex-m7/emulate build/m7/bin/heap_figures > build/footprint/heap.json
 	tools/footprint --write --measured build/footprint/heap.json
+
+check-footprint: deps ## Hold the plug-in's size and stack on a Cortex-M7 against the budgets
+	tools/footprint --check
 
 test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called
 	tools/test-apicheck

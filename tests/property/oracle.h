@@ -74,8 +74,10 @@ private:
     std::optional<Name> join(const Name &pre, const std::string &post);
     std::optional<Name> qualified_name(ObjectIndex object);
     std::optional<Name> qualified_control_name(ObjectIndex control);
+    std::optional<Name> sibling_name(const std::string &first_name, ObjectIndex first, ObjectIndex object);
     int push_object(ObjectIndex object);
-    int push_list(const List &list);
+    int push_named(ObjectIndex object, const std::optional<Name> &name);
+    int push_list(const List &list, ObjectIndex container = nobody);
     ObjectIndex object_from_stack();
 
     // ---- Walks ----
@@ -87,6 +89,8 @@ private:
     Traverser layer_traverser() const;
     int complex_step(const std::string &name, ObjectIndex object, ComplexTraverse &record) const;
     ObjectIndex find_parent_under(const Traverser &traverser, ObjectIndex child, int recursive) const;
+    bool holds_alone(ObjectIndex container) const;
+    bool names_together(ObjectIndex container, const List &list);
     std::optional<List> layer_parents(ObjectIndex layer);
     std::optional<List> list_of(ObjectIndex object);
     std::optional<List> children(ObjectIndex object);

@@ -77,8 +77,17 @@ std::optional<std::string> Oracle::name_of(ObjectIndex object) {
 
 // ---- Handles ----
 
-int Oracle::push_object(ObjectIndex object) {
-    std::optional<Name> name = qualified_name(object);
+// The container's part is copied from the name of the first of those that stand in it.
+std::optional<Oracle::Name> Oracle::sibling_name(const std::string &first_name, ObjectIndex first, ObjectIndex object) {
+    std::optional<Name> name = duplicate(first_name);
+    if (!name) return std::nullopt;
+    name->text.resize(first_name.size() - app_.objects[static_cast<std::size_t>(first)].name.size() - 1);
+    return join(*name, app_.objects[static_cast<std::size_t>(object)].name);
+}
+
+int Oracle::push_object(ObjectIndex object) { return push_named(object, qualified_name(object)); }
+
+int Oracle::push_named(ObjectIndex object, const std::optional<Name> &name) {
     if (!name) {
         log("Object has no qualified name");
         return 0;
@@ -89,10 +98,20 @@ int Oracle::push_object(ObjectIndex object) {
     return give(handle);
 }
 
-int Oracle::push_list(const List &list) {
+int Oracle::push_list(const List &list, ObjectIndex container) {
     Value array = Value::of_type(Value::table);
+    const bool together = container != nobody && names_together(container, list);
+    ObjectIndex first = nobody;
+    std::string first_name;
     for (ObjectIndex object : list) {
-        if (!push_object(object)) return 0;
+        const bool is_sibling = together && app_.objects[static_cast<std::size_t>(object)].type <= group_code;
+        if (!push_named(object, is_sibling && first != nobody ? sibling_name(first_name, first, object)
+                                                              : qualified_name(object)))
+            return 0;
+        if (is_sibling && first == nobody) {
+            first = object;
+            first_name = stack_.back().text;
+        }
         array.entries.emplace_back(Value::of(static_cast<double>(array.entries.size() + 1)), stack_.back());
         stack_.pop_back();
     }
@@ -185,7 +204,7 @@ int Oracle::get_relatives(bool wants_parents) {
     if (object == nobody) return log(no_object), 0;
     std::optional<List> list = wants_parents ? parents(object) : children(object);
     if (!list) return log(no_object), 0;
-    return push_list(*list);
+    return push_list(*list, wants_parents ? nobody : object);
 }
 
 int Oracle::get_layer() {

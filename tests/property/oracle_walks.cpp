@@ -1,6 +1,9 @@
 // oracle_walks.cpp: how the oracle walks an application.
 #include "oracle.h"
 
+#include <functional>
+#include <set>
+
 int Oracle::traverse(ObjectIndex index, const Predicate &work) const {
     const Object &object = app_.objects[static_cast<std::size_t>(index)];
     switch (object.type) {
@@ -78,6 +81,32 @@ ObjectIndex Oracle::find_parent_under(const Traverser &traverser, ObjectIndex ch
     traverser(the_application,
               [&](const std::string &name, ObjectIndex object) { return complex_step(name, object, record); });
     return record.result;
+}
+
+// Whether a container is visited once below the layers and nothing else lists any of what it lists.
+bool Oracle::holds_alone(ObjectIndex container) const {
+    std::set<ObjectIndex> children;
+    traverse(container, [&](const std::string &, ObjectIndex child) { return children.insert(child), 0; });
+    int visits = 0;
+    bool alone = true;
+    std::function<void(ObjectIndex)> visit = [&](ObjectIndex visited) {
+        visits += visited == container;
+        traverse(visited, [&](const std::string &, ObjectIndex child) {
+            if (visited != container && children.contains(child)) alone = false;
+            visit(child);
+            return 0;
+        });
+    };
+    traverse_map(app_.layer_map, [&](const std::string &, ObjectIndex layer) { return visit(layer), 0; });
+    return alone && visits == 1;
+}
+
+// Whether the names of a container's children are made from one another: found out with a list of its own.
+bool Oracle::names_together(ObjectIndex container, const List &list) {
+    const Object &object = app_.objects[static_cast<std::size_t>(container)];
+    if (object.type == instance_code) container = object.layer;
+    const int type = app_.objects[static_cast<std::size_t>(container)].type;
+    return list.size() > 1 && type <= layer_code && create_list(1) && holds_alone(container);
 }
 
 // The screens with an instance of a layer of the same name.

@@ -95,8 +95,8 @@ variable_list_t anchored(lua_State *L, kl_application_t *app, const dom_object_t
 } // namespace
 
 int keldom_set_anchored(lua_State *L, variable_list_t list, minimum_t minimum, const char *others) {
-    kl_application_t *app = nullptr;
-    dom_object_t *object = nullptr;
+    kl_application_t *app;
+    dom_object_t *object;
     if (!get_dom_object(L, app, object) || !has_arguments(L, app, minimum, others)) return 0;
     if (object->type <= KL_OBJECT_TYPE_TABLE) {
         int count = count_of(minimum) - 1;

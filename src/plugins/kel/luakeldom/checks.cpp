@@ -1,9 +1,11 @@
 // checks.cpp: what Lua entries check before they work, and the two channels in which they say no.
 #include "checks.h"
 
+inline namespace luakeldom {
 const char not_a_handle[] = "Argument must be a keldom_object";
 const char no_application_for_call[] = "Invalid call, no application pointer";
 const char no_such_object[] = "No such object in DOM";
+} // namespace luakeldom
 
 namespace {
 

@@ -6,11 +6,13 @@
 #include "handle.h"
 
 // Texts that more than one room uses.
+inline namespace luakeldom {
 // NOLINTBEGIN(bugprone-dynamic-static-initializers): it takes a declaration for a variable without a constant value
 extern const char not_a_handle[];
 extern const char no_application_for_call[];
 extern const char no_such_object[];
 // NOLINTEND(bugprone-dynamic-static-initializers)
+} // namespace luakeldom
 
 // Each gives 0, an entry's count of results, so that an entry can say `return warn(app, text)`.
 int warn(kl_application_t *app, const char *text);
@@ -37,6 +39,6 @@ bool has_arguments(lua_State *L, kl_application_t *app, minimum_t minimum, const
 int warn_argument(kl_application_t *app, int position, const char *expected);
 int raise_argument_error(lua_State *L, int position, const char *expected);
 
-// The first step of every method: the application, and the handle at position 1. False after raising that there is no
-// application, or after the warning that argument 1 is no handle.
+// The first step of every method: sets the application, and the handle at position 1. False after raising that there is
+// no application, or after the warning that argument 1 is no handle; what is not there is left unset or null.
 bool get_dom_object(lua_State *L, kl_application_t *&app, dom_object_t *&object);

@@ -12,7 +12,9 @@ struct dom_object_t {
     kl_object_type_t type;
 };
 
-// The metatables' names in the Lua registry. Declared only: of an inline constant each object file has a copy.
+// The metatables' names in the Lua registry. Declared only: of an inline constant each object file has a copy. In a
+// namespace, as a firmware links the plug-in with the code of others.
+inline namespace luakeldom {
 // NOLINTBEGIN(bugprone-dynamic-static-initializers): it takes a declaration for a variable without a constant value
 extern const char keldom_object_metatable[];
 extern const char control_object_metatable[];
@@ -22,6 +24,7 @@ extern const char layer_instance_object_metatable[];
 extern const char layer_object_metatable[];
 extern const char screen_object_metatable[];
 // NOLINTEND(bugprone-dynamic-static-initializers)
+} // namespace luakeldom
 
 // [-0, +0] The handle at an absolute stack position, or null when the value is none: a userdata is a handle when its
 // metatable is `name`'s, or reaches it along the metatables' __index tables. Kept: so is a userdata without a
@@ -36,5 +39,7 @@ dom_object_t *handle_at(lua_State *L, int index);
 int keldom_push_as_dom_object(lua_State *L, kl_application_t *app, kl_object_t *object);
 
 // [-0, +1] Pushes an array of handles for the objects of a list and returns 1; or pushes nothing and returns 0 when one
-// of them has no name. Frees the list in both cases.
-int keldom_push_as_dom_objects(lua_State *L, kl_application_t *app, kl_darray_t *darray);
+// of them has no name. Frees the list in both cases. container: what lists them, if that is one object and known: their
+// names are found together then.
+int keldom_push_as_dom_objects(lua_State *L, kl_application_t *app, kl_darray_t *darray,
+                               kl_object_t *container = nullptr);

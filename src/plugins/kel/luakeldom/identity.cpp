@@ -20,8 +20,8 @@ int keldom_dom_object_equals(lua_State *L) {
 
 // A script can call this by hand: the null name makes the collection that follows, and every later use, harmless.
 int keldom_dom_object_free(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *object = nullptr;
+    kl_application_t *app;
+    dom_object_t *object;
     if (!get_dom_object(L, app, object)) return 0;
     kelal_free(object->name);
     object->name = nullptr;
@@ -29,16 +29,16 @@ int keldom_dom_object_free(lua_State *L) {
 }
 
 int keldom_get_dom_object_name_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *object = nullptr;
+    kl_application_t *app;
+    dom_object_t *object;
     if (!get_dom_object(L, app, object)) return 0;
     lua_pushstring(L, object->name);
     return 1;
 }
 
 int keldom_get_dom_object_type_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *object = nullptr;
+    kl_application_t *app;
+    dom_object_t *object;
     if (!get_dom_object(L, app, object)) return 0;
     lua_pushnumber(L, object->type);
     return 1;

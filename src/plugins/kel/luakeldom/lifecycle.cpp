@@ -5,8 +5,8 @@
 
 // The name takes the handle's place on the stack: from there on the handle may be collected, and nothing of it is used.
 int keldom_clone_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *handle = nullptr;
+    kl_application_t *app;
+    dom_object_t *handle;
     if (!get_dom_object(L, app, handle)) return 0;
     int count = lua_gettop(L);
     if (count != 3 && count != 4)
@@ -23,8 +23,8 @@ int keldom_clone_function(lua_State *L) {
 // Kept: the host is asked to delete what argument 2 names, which is the pushed name only when nothing stands behind
 // self.
 int keldom_delete_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *handle = nullptr;
+    kl_application_t *app;
+    dom_object_t *handle;
     if (!get_dom_object(L, app, handle)) return 0;
     lua_pushstring(L, handle->name);
     kl_lua_delete_object(L, app, 2);

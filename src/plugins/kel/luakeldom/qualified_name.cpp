@@ -3,23 +3,33 @@
 
 #include <string.h>
 
-#include "traversal.h"
-
 namespace {
 
 constexpr char delimiter = '.';
 
-// A record does not know its container: the search through the model decides. A table's own component is dropped, so
-// that the cells of main.list are called main.<cell>.
-char *keldom_get_qualified_control_name(kl_application_t *app, kl_control_t *control) {
-    kl_object_t *container = keldom_find_parent_under(&app->object, keldom_traverse_layers, &control->object, 1);
-    char *name = keldom_get_qualified_name(app, container);
-    if (name && container->type == KL_OBJECT_TYPE_TABLE)
-        *strrchr(name, delimiter) = '\0'; // a table stands in a container
-    return str_join_ip(name, delimiter, control->name);
+const char *control_name(const kl_object_t *object) { return reinterpret_cast<const kl_control_t *>(object)->name; }
+
+// A record does not know its container: the search through the model decides.
+char *keldom_get_qualified_control_name(kl_application_t *app, kl_object_t *control) {
+    container_path_t path;
+    keldom_find_container_path(app, control, path);
+    return keldom_get_name_by_path(app, path, control);
 }
 
 } // namespace
+
+// A table's own component is dropped, so that the cells of main.list are called main.<cell>.
+char *keldom_get_name_by_path(kl_application_t *app, const container_path_t &path, kl_object_t *control) {
+    int i = path.length - 1;
+    if (i < 0) return nullptr;
+    char *name = keldom_get_qualified_name(app, path.containers[i]);
+    for (; name && i >= 0; --i) {
+        if (path.containers[i]->type == KL_OBJECT_TYPE_TABLE)
+            *strrchr(name, delimiter) = '\0'; // a table stands in a container
+        name = str_join_ip(name, delimiter, control_name(i ? path.containers[i - 1] : control));
+    }
+    return name;
+}
 
 char *keldom_get_qualified_name(kl_application_t *app, kl_object_t *object) {
     if (!object) return nullptr;
@@ -38,7 +48,7 @@ char *keldom_get_qualified_name(kl_application_t *app, kl_object_t *object) {
     case KL_OBJECT_TYPE_TABLE:
     case KL_OBJECT_TYPE_TEMPLATE:
     case KL_OBJECT_TYPE_GROUP:
-        return keldom_get_qualified_control_name(app, reinterpret_cast<kl_control_t *>(object));
+        return keldom_get_qualified_control_name(app, object);
     default:
         return nullptr;
     }

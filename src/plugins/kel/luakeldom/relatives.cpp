@@ -10,12 +10,6 @@ namespace {
 // Returns a new list, or null when there is none for this kind of object or memory is out.
 using fetcher_t = kl_darray_t *(*)(kl_application_t *app, kl_object_t *object);
 
-kl_darray_t *keldom_get_children(kl_application_t *, kl_object_t *object) {
-    kl_darray_t *list = keldom_create_darray(1);
-    if (list) keldom_traverse(object, add_to_darray, list);
-    return list;
-}
-
 kl_darray_t *keldom_get_parents(kl_application_t *app, kl_object_t *object) {
     switch (object->type) {
     case KL_OBJECT_TYPE_CONTROL:
@@ -51,7 +45,7 @@ int keldom_push_relatives(lua_State *L, fetcher_t fetch) {
     if (!object) return warn(app, no_such_object);
     kl_darray_t *list = fetch(app, object);
     if (!list) return warn(app, no_such_object);
-    return keldom_push_as_dom_objects(L, app, list);
+    return keldom_push_as_dom_objects(L, app, list, fetch == keldom_get_children ? object : nullptr);
 }
 
 // Kept: without an application these log, where the methods raise; and a list that cannot be made is silently nothing.
@@ -71,8 +65,8 @@ int keldom_get_children_function(lua_State *L) { return keldom_push_relatives(L,
 
 // Kept: what is a warning in its siblings is an error here.
 int keldom_get_dom_object_layer_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *handle = nullptr;
+    kl_application_t *app;
+    dom_object_t *handle;
     if (!get_dom_object(L, app, handle)) return 0;
     kl_object_t *object = keldom_get_object(app, handle->name);
     if (!object) return raise_error(L, no_such_object);

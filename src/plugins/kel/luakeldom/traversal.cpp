@@ -150,4 +150,10 @@ kl_darray_t *keldom_get_darray_of(kl_object_t *object) {
     return list;
 }
 
+kl_darray_t *keldom_get_children(kl_application_t *, kl_object_t *object) {
+    kl_darray_t *list = keldom_create_darray(1);
+    if (list) keldom_traverse(object, add_to_darray, list);
+    return list;
+}
+
 kl_darray_t *keldom_create_darray(int capacity) { return kl_darray_create(sizeof(kl_object_t *), capacity, 0); }

@@ -64,6 +64,7 @@ kl_object_t *keldom_find_parent_under(kl_object_t *parent_parent, traverser_t tr
 
 // Each returns a new list, or null when none could be made.
 kl_darray_t *keldom_find_layer_parents(kl_object_t *app,
-                                       kl_object_t *child); // the screens that show a layer of this name
-kl_darray_t *keldom_get_darray_of(kl_object_t *object);     // holds the object alone; empty for null
-kl_darray_t *keldom_create_darray(int capacity);            // an empty list of objects
+                                       kl_object_t *child);                // the screens that show a layer of this name
+kl_darray_t *keldom_get_darray_of(kl_object_t *object);                    // holds the object alone; empty for null
+kl_darray_t *keldom_get_children(kl_application_t *, kl_object_t *object); // in order
+kl_darray_t *keldom_create_darray(int capacity);                           // an empty list of objects

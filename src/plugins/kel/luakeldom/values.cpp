@@ -83,8 +83,8 @@ int keldom_get_key_function(lua_State *L) {
 }
 
 int keldom_get_cell_key_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *object = nullptr;
+    kl_application_t *app;
+    dom_object_t *object;
     if (!get_dom_object(L, app, object)) return 0;
     if (!lua_isnumber(L, 2)) return warn_argument(app, 2, "a number");
     if (!lua_isnumber(L, 3)) return warn_argument(app, 3, "a number");
@@ -96,8 +96,8 @@ int keldom_get_cell_key_function(lua_State *L) {
 
 // Each value takes its key's place: there may be more keys than Lua has free stack slots.
 int keldom_get_value_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *object = nullptr;
+    kl_application_t *app;
+    dom_object_t *object;
     if (!get_dom_object(L, app, object)) return 0;
     int count = lua_gettop(L);
     if (!has_arguments(L, app, at_least(2), "key, ...")) return 0;
@@ -109,8 +109,8 @@ int keldom_get_value_function(lua_State *L) {
 }
 
 int keldom_set_value_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *object = nullptr;
+    kl_application_t *app;
+    dom_object_t *object;
     if (!get_dom_object(L, app, object)) return 0;
     int count = lua_gettop(L);
     if (!has_arguments(L, app, at_least(3), "k, v, ...")) return 0;
@@ -129,8 +129,8 @@ int keldom_set_value_function(lua_State *L) {
 // The table's key is a copy taken before the argument turns into a string: a number stays a number.
 // Kept: the last pass visits the table itself, which stores nothing but asks for the data manager once more.
 int keldom_get_data_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *object = nullptr;
+    kl_application_t *app;
+    dom_object_t *object;
     if (!get_dom_object(L, app, object)) return 0;
     int count = lua_gettop(L);
     if (!has_arguments(L, app, at_least(2), "key, ...")) return 0;
@@ -147,8 +147,8 @@ int keldom_get_data_function(lua_State *L) {
 
 // Kept: the table is the last argument, whichever that is; and without a data manager one nil is returned.
 int keldom_set_data_function(lua_State *L) {
-    kl_application_t *app = nullptr;
-    dom_object_t *object = nullptr;
+    kl_application_t *app;
+    dom_object_t *object;
     if (!get_dom_object(L, app, object)) return 0;
     kl_data_mgr_t *data_mgr = require_data_manager(L, app);
     if (!data_mgr) {
