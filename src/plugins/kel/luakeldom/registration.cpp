@@ -13,10 +13,10 @@ namespace {
 struct metatable_row {
     const char *name;
     int8_t parent_index; // from the top of a stack that holds the rows above
-    int8_t method_count; // at most
+    int8_t method_count; // or all
     const luaL_Reg *methods;
 };
-constexpr int8_t all = INT8_MAX;
+constexpr int8_t all = -1;
 
 extern const luaL_Reg keldomlib[];
 extern const metatable_row metatables[7];
