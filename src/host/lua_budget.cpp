@@ -26,7 +26,7 @@ constexpr int watched_calls = LUA_MASKCALL;
 #else
 constexpr int watched_calls = 0;
 #endif
-constexpr std::uintptr_t most_c_stack_bytes = 2U * 1024U * 1024U;
+constexpr std::uintptr_t most_c_stack_bytes = std::uintptr_t{2} * 1024 * 1024;
 
 const char budget_key = 0; // its address is the registry key
 

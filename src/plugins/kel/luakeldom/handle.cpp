@@ -67,11 +67,7 @@ char *name_of(kl_application_t *app, kl_object_t *object, siblings_t *siblings) 
 // [-0, +1] Pushes a new handle and returns 1; or pushes nothing and returns 0 after a warning.
 int push_named(lua_State *L, kl_application_t *app, kl_object_t *object, siblings_t *siblings) {
     if (object) {
-        auto *handle = static_cast<dom_object_t *>(lua_newuserdata(L, sizeof(dom_object_t)));
-        handle->name = nullptr; // collection is harmless from here on
-        handle->type = object->type;
-        lua_getfield(L, LUA_REGISTRYINDEX, metatable_for(object->type));
-        lua_setmetatable(L, -2);
+        dom_object_t *handle = keldom_push_blank(L, object->type);
         handle->name = name_of(app, object, siblings);
         if (handle->name) return 1;
         lua_settop(L, -2);
@@ -81,6 +77,20 @@ int push_named(lua_State *L, kl_application_t *app, kl_object_t *object, sibling
 }
 
 } // namespace
+
+dom_object_t *keldom_push_blank(lua_State *L, kl_object_type_t type) {
+    auto *handle = static_cast<dom_object_t *>(lua_newuserdata(L, sizeof(dom_object_t)));
+    handle->name = nullptr; // collection is harmless from here on
+    handle->type = type;
+    lua_getfield(L, LUA_REGISTRYINDEX, metatable_for(type));
+    lua_setmetatable(L, -2);
+    return handle;
+}
+
+void keldom_disown(lua_State *L, int index) {
+    lua_pushnil(L);
+    lua_setmetatable(L, index - 1);
+}
 
 dom_object_t *keldom_check_udata_base(lua_State *L, int index, const char *name) {
     auto *object = static_cast<dom_object_t *>(lua_touserdata(L, index));

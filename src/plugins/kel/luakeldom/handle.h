@@ -26,6 +26,14 @@ extern const char screen_object_metatable[];
 // NOLINTEND(bugprone-dynamic-static-initializers)
 } // namespace luakeldom
 
+// [-0, +1] Pushes a handle without a name.
+dom_object_t *keldom_push_blank(lua_State *L, kl_object_type_t type);
+
+// The type code of a handle whose `name` is a list of objects. Handles of it and of other blocks are never a script's:
+// they free what an entry holds should Lua raise an error in the midst, and are disowned when the entry is done.
+constexpr kl_object_type_t list_holder = 0xFF;
+void keldom_disown(lua_State *L, int index); // [-0, +0] index: from the top
+
 // [-0, +0] The handle at an absolute stack position, or null when the value is none: a userdata is a handle when its
 // metatable is `name`'s, or reaches it along the metatables' __index tables. Kept: so is a userdata without a
 // metatable.

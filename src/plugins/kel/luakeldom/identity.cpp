@@ -23,7 +23,10 @@ int keldom_dom_object_free(lua_State *L) {
     kl_application_t *app;
     dom_object_t *object;
     if (!get_dom_object(L, app, object)) return 0;
-    kelal_free(object->name);
+    if (object->type == list_holder && object->name)
+        kl_darray_free(reinterpret_cast<kl_darray_t *>(object->name));
+    else
+        kelal_free(object->name);
     object->name = nullptr;
     return 0;
 }

@@ -38,22 +38,36 @@ kl_darray_t *keldom_get_layers(kl_application_t *app) {
     return list;
 }
 
+// [-0, +0..1] Pushes the handles of a list, if there is one. The holder on top keeps it from being lost when Lua
+// raises.
+int push_held(lua_State *L, kl_application_t *app, dom_object_t *holder, kl_darray_t *list, kl_object_t *container) {
+    int pushed = 0;
+    if (list) {
+        holder->name = reinterpret_cast<char *>(list);
+        pushed = keldom_push_as_dom_objects(L, app, list, container);
+    }
+    keldom_disown(L, -1 - pushed);
+    return pushed;
+}
+
+// The holder comes first: a collection that making it starts could take the object away.
 int keldom_push_relatives(lua_State *L, fetcher_t fetch) {
     kl_application_t *app = lua_one_arg_app(L);
     if (!app) return 0;
+    dom_object_t *holder = keldom_push_blank(L, list_holder);
     kl_object_t *object = keldom_get_object_from_stack(L, app);
-    if (!object) return warn(app, no_such_object);
-    kl_darray_t *list = fetch(app, object);
-    if (!list) return warn(app, no_such_object);
-    return keldom_push_as_dom_objects(L, app, list, fetch == keldom_get_children ? object : nullptr);
+    kl_darray_t *list = object ? fetch(app, object) : nullptr;
+    if (!list) warn(app, no_such_object);
+    return push_held(L, app, holder, list, fetch == keldom_get_children ? object : nullptr);
 }
 
 // Kept: without an application these log, where the methods raise; and a list that cannot be made is silently nothing.
 int push_all(lua_State *L, kl_darray_t *(*fetch_all)(kl_application_t *app)) {
     kl_application_t *app = kl_lua_get_app(L);
     if (!app) return warn(app, no_application_for_call);
+    dom_object_t *holder = keldom_push_blank(L, list_holder);
     kl_darray_t *list = fetch_all(app);
-    return list ? keldom_push_as_dom_objects(L, app, list) : 0;
+    return push_held(L, app, holder, list, nullptr);
 }
 
 } // namespace

@@ -40,6 +40,30 @@ int keep_own_variables(char **keys, int count, size_t prefix_length) {
     return count;
 }
 
+// Kept: a key that begins with the name and goes on without a dot, such as "mainx" for main, is listed too.
+// [-0, +0..1] Pushes an array of the keys of the object that argument 1 stands for. The holder on top keeps them from
+// being lost when Lua raises.
+int push_variables(lua_State *L, kl_application_t *app, dom_object_t *holder) {
+    kl_object_t *object = keldom_get_object_from_stack(L, app);
+    if (!object) return warn(app, no_such_object);
+    char *name = keldom_get_qualified_name(app, object);
+    if (!name) return warn(app, "DOM Object has no qualified name");
+    int count = 0;
+    char **keys = nullptr;
+    if (kl_data_mgr_t *data_mgr = app->linfo->data_mgr) keys = data_mgr->find_for_prefix(data_mgr, name, &count);
+    count = keys ? keep_own_variables(keys, count, strlen(name)) : 0;
+    kelal_free(name);
+    if (!require_data_manager(L, app)) return 0;
+    holder->name = reinterpret_cast<char *>(keys);
+    lua_createtable(L, 0, 0);
+    for (int i = 0; i < count; ++i) {
+        lua_pushstring(L, keys[i]);
+        lua_rawseti(L, -2, i + 1);
+    }
+    kelal_free(keys);
+    return 1;
+}
+
 } // namespace
 
 void keldom_push_key(lua_State *L, const dom_object_t *object, const char *variable) {
@@ -170,25 +194,12 @@ int keldom_set_data_function(lua_State *L) {
     return 0;
 }
 
-// Kept: a key that begins with the name and goes on without a dot, such as "mainx" for main, is listed too.
+// The holder comes first: a collection that making it starts could take the object away.
 int keldom_get_variables_function(lua_State *L) {
     kl_application_t *app = lua_one_arg_app(L);
     if (!app) return 0;
-    kl_object_t *object = keldom_get_object_from_stack(L, app);
-    if (!object) return warn(app, no_such_object);
-    char *name = keldom_get_qualified_name(app, object);
-    if (!name) return warn(app, "DOM Object has no qualified name");
-    int count = 0;
-    char **keys = nullptr;
-    if (kl_data_mgr_t *data_mgr = app->linfo->data_mgr) keys = data_mgr->find_for_prefix(data_mgr, name, &count);
-    count = keys ? keep_own_variables(keys, count, strlen(name)) : 0;
-    kelal_free(name);
-    if (!require_data_manager(L, app)) return 0;
-    lua_createtable(L, 0, 0);
-    for (int i = 0; i < count; ++i) {
-        lua_pushstring(L, keys[i]);
-        lua_rawseti(L, -2, i + 1);
-    }
-    kelal_free(keys);
-    return 1;
+    dom_object_t *holder = keldom_push_blank(L, KL_OBJECT_TYPE_APP);
+    int listed = push_variables(L, app, holder);
+    keldom_disown(L, -1 - listed);
+    return listed;
 }
