@@ -21,6 +21,7 @@ class Tables(NamedTuple):
     callbacks: dict  # a function of another library: what it calls back
     walks: dict  # who starts a walk: the predicate that the walk calls on every child
     recursions: tuple  # functions that may come to call themselves; every cycle must pass one of them
+    apart: tuple  # functions whose frames are counted by themselves, not as their callers'
     tested: tuple  # called by tests alone
 
 
@@ -58,7 +59,7 @@ class CallGraph:
 
     def _check(self):
         tables = self._tables
-        named = {*tables.roots, *tables.recursions, *tables.tested, *tables.walks, *tables.walks.values()}
+        named = {*tables.roots, *tables.recursions, *tables.apart, *tables.tested, *tables.walks, *tables.walks.values()}
         named.update(*tables.pointers.values(), *tables.callbacks.values())
         for name in sorted(named - {WALK} - set(self._name.values())):
             raise CannotTell(f"{name} stands in a table, but there is no such function")
@@ -113,8 +114,9 @@ class CallGraph:
             for name in names:
                 yield from self.places(name, predicate)
 
-    def _called_once(self, place):
-        return [called for called in self._called(place) if self.name(called) not in self._tables.recursions]
+    def _called_once(self, place, apart=()):
+        left_out = (*self._tables.recursions, *apart)
+        return [called for called in self._called(place) if self.name(called) not in left_out]
 
     def reached_from(self, names):
         reached = {place for name in names for place in self.places(name)}
@@ -125,15 +127,19 @@ class CallGraph:
             waiting += new
         return reached
 
-    def deepest(self, place, path=()):
+    def own(self, place):
+        """Bytes of the deepest chain of calls down to recursions and what is counted apart."""
+        return self.deepest(place, apart=self._tables.apart)
+
+    def deepest(self, place, path=(), apart=()):
         """Bytes of the deepest chain of calls that repeats no recursion."""
         if place in path:
             chain = [self.name(step) for step in (*path[path.index(place) :], place)]
             raise CannotTell(f"a recursion that is not known: {' -> '.join(chain)}")
-        if place not in self._known:
-            below = [self.deepest(called, (*path, place)) for called in self._called_once(place)]
-            self._known[place] = self._frame[place[0]] + max(below, default=0)
-        return self._known[place]
+        if (place, apart) not in self._known:
+            below = [self.deepest(called, (*path, place), apart) for called in self._called_once(place, apart)]
+            self._known[place, apart] = self._frame[place[0]] + max(below, default=0)
+        return self._known[place, apart]
 
     def longest(self, place, goal):
         """Bytes from a place up to its deepest call of the goal, or None when it does not come to that."""

@@ -311,13 +311,13 @@ void LuaHost::report(ScriptError error) noexcept {
 
 // With the traceback on further lines, or without it where there is no memory to put them together.
 void LuaHost::log_error(const ScriptError &error) noexcept {
-    std::string text;
+    std::string_view text = error.message.empty() ? std::string_view(out_of_memory) : error.message;
+    std::string with_traceback;
     try {
-        if (!error.traceback.empty()) text = error.message + "\n" + error.traceback;
-    } catch (...) {
-        text.clear();
+        if (!error.traceback.empty()) text = with_traceback = error.message + "\n" + error.traceback;
+    } catch (...) { // the message alone
     }
-    runtime_.log.write(KL_LOG_ERROR, text.empty() ? error.message : text);
+    runtime_.log.write(KL_LOG_ERROR, text);
 }
 
 // Makes what report() needs beforehand: when it is called there may be no memory. Without any now either, further

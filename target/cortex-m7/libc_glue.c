@@ -3,6 +3,7 @@
 #include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <string.h>
 
 #include <sys/reent.h>
 #include <sys/stat.h>
@@ -49,9 +50,13 @@ int _open_r(struct _reent *library, const char *path, int flags, int mode) {
     return descriptor;
 }
 
-/* There is no call for folders: the shell of the emulator's machine does it. Paths hold no quotes. */
+/* There is no call for folders: the shell of the emulator's machine does it. */
 static int run_on_path(const char *command, const char *path, int reason) {
     char line[1024];
+    if (strchr(path, '\'') != NULL) {
+        errno = EINVAL;
+        return -1;
+    }
     const int length = snprintf(line, sizeof line, "%s '%s' 2>/dev/null", command, path);
     if (length < (int)sizeof line && semihosting_run(line) == 0) return 0;
     errno = reason;

@@ -72,23 +72,32 @@ static void protect_memory(void) {
     __asm__ volatile("dsb\n isb" ::: "memory");
 }
 
-/* Cuts the line into words in place. Returns their number; words ends with a null pointer. */
+/* Cuts the line into words in place. Returns their number, or -1 when there are too many; words ends with a null
+ * pointer. */
 static int split(char *line, char **words, int most) {
     int count = 0;
-    for (char *word = strtok(line, " "); word != NULL && count < most; word = strtok(NULL, " ")) words[count++] = word;
+    for (char *word = strtok(line, " "); word != NULL; word = strtok(NULL, " ")) {
+        if (count == most) return -1;
+        words[count++] = word;
+    }
     words[count] = NULL;
     return count;
 }
 
 static int run_main(void) {
-    enum { MOST_ARGUMENTS = 64 };
+    enum { MOST_ARGUMENTS = 256, REFUSED = 2 };
     static char line[4096];
     static char *arguments[MOST_ARGUMENTS + 1];
     if (semihosting_command_line(line, sizeof line) != 0) {
         semihosting_write("the command line is longer than 4095 characters\n");
-        return 2;
+        return REFUSED;
     }
-    return main(split(line, arguments, MOST_ARGUMENTS), arguments);
+    const int count = split(line, arguments, MOST_ARGUMENTS);
+    if (count == -1) {
+        semihosting_write("the command line has more than 256 words\n");
+        return REFUSED;
+    }
+    return main(count, arguments);
 }
 
 void reset_handler(void) {

@@ -12,5 +12,4 @@ set(CMAKE_EXE_LINKER_FLAGS_INIT
     "-nostartfiles --specs=rdimon.specs -Wl,--gc-sections -T ${CMAKE_CURRENT_LIST_DIR}/mps2-an500.ld")
 
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/emulate)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY) # nothing of the build machine's is linked
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_USE_CMAKE_SYSTEM_PATH OFF) # nothing of the build machine's is linked

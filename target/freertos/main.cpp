@@ -35,8 +35,8 @@ void beat(void *) {
 // Takes as much as leaves the application no more than it is to have.
 void limit_heap() {
     const std::size_t available = xPortGetFreeHeapSize();
-    if (arguments.heap_bytes >= available) return;
     constexpr std::size_t overhead = 16; // the kernel's own part of a block
+    if (arguments.heap_bytes + overhead >= available) return;
     if (pvPortMalloc(available - arguments.heap_bytes - overhead) == nullptr) fail("the heap is in pieces");
 }
 

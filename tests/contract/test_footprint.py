@@ -19,14 +19,12 @@ loader = importlib.machinery.SourceFileLoader("footprint", str(TOOLS / "footprin
 footprint = importlib.util.module_from_spec(importlib.util.spec_from_loader("footprint", loader))
 loader.exec_module(footprint)
 
-NO_TABLES = footprint.Tables(roots=("entry",), pointers={}, callbacks={}, walks={}, recursions=(), tested=())
+NO_TABLES = footprint.Tables(roots=("entry",), pointers={}, callbacks={}, walks={}, recursions=(), apart=(), tested=())
 GOOD_STACK = footprint.Stack(
-    entries={"entry": (136, ()), "searching": (500, (footprint.SEARCH,))},
+    entries={"entry": (136, ()), "searching": (136, (footprint.NAMING,))},
     ways={"group": (112, 100), "table": (50, 50)},
-    naming_level=1,
-    naming_rest=2,
-    walk_rest=3,
-    search_rest=4,
+    searches=dict.fromkeys(footprint.SEARCHES, 400),
+    naming_level=112,
 )
 
 
@@ -197,7 +195,7 @@ class Budgets(InFolder):
         with contextlib.redirect_stdout(printed):
             kept = footprint.report(rows)
         lines = printed.getvalue().splitlines()
-        self.assertEqual(len(lines), 4 if committed is None else 5)
+        self.assertEqual(len(lines), 6 if committed is None else 7)
         missed = [line for line in lines if line.startswith("MISSED")]
         self.assertEqual(kept, not missed)
         return missed
@@ -216,18 +214,29 @@ class Budgets(InFolder):
         missed = self.missed(small=of_kinds(text=8000, rodata=501))
         self.assertEqual(missed, ["MISSED text and rodata at -Os: found 8,501, allowed 8,500"])
 
-    def test_the_deepest_entry_that_does_not_search_is_missed(self):
-        stack = GOOD_STACK._replace(entries={"a": (10, ()), "b": (137, ()), "c": (200, (footprint.SEARCH,))})
+    def test_the_deepest_entry_is_missed_whether_it_searches_or_not(self):
+        for searches in ((), (footprint.NAMING,)):
+            stack = GOOD_STACK._replace(entries={"a": (10, ()), "b": (137, searches)})
+            self.assertEqual(
+                self.missed(stack=stack), ["MISSED stack of an entry, searches apart (b): found 137, allowed 136"]
+            )
+
+    def test_a_search_is_missed(self):
+        stack = GOOD_STACK._replace(searches={"a": 10, "b": 401})
         self.assertEqual(
-            self.missed(stack=stack), ["MISSED stack of an entry without search (b): found 137, allowed 136"]
+            self.missed(stack=stack), ["MISSED stack of a search, levels apart (b): found 401, allowed 400"]
         )
 
-    def test_a_level_of_the_search_is_missed(self):
+    def test_a_level_of_a_search_or_of_naming_is_missed(self):
         for ways in ((113, 50), (50, 113)):
             stack = GOOD_STACK._replace(ways={"group": (100, 100), "map": ways})
             self.assertEqual(
-                self.missed(stack=stack), ["MISSED stack of the search for a level (map): found 113, allowed 112"]
+                self.missed(stack=stack), ["MISSED stack of a search for a level (map): found 113, allowed 112"]
             )
+        self.assertEqual(
+            self.missed(stack=GOOD_STACK._replace(naming_level=113)),
+            ["MISSED stack of naming for a level: found 113, allowed 112"],
+        )
 
     def test_growth_of_more_than_three_percent_is_missed(self):
         self.assertEqual(self.missed(small=of_kinds(text=8240), committed=8000), [])

@@ -4,7 +4,7 @@ import re
 import shutil
 import unittest
 
-from device_tool import PROJECT, DeviceTest
+from device_tool import ON_DESKTOP, ON_DEVICE, PROJECT, DeviceTest
 
 
 def demo_events():
@@ -60,6 +60,22 @@ class SameOutput(DeviceTest):
             end
         """)
         self.assertSame(0, "run", "thermostat", "--strict", "--script", script)
+
+    def test_numbers_whose_width_matters(self):
+        """Lua's integers have the width of a pointer, and C does not say what becomes of a number that is out of range."""
+        script = self.write("widths.lua", """
+            print(0 / 0)
+            print(keldom.get_object("climate"):key(0 / 0))
+            print(("%x"):format(-1), ("%d"):format(2^40), ("%d"):format(-2^40), tonumber("-1", 16))
+        """)
+        arguments = ("run", "thermostat", "--script", script)
+        for tool, expected in (
+            (ON_DESKTOP, "-nan\nclimate.-nan\nffffffffffffffff\t1099511627776\t-1099511627776\t1.844674407371e+19\n"),
+            (ON_DEVICE, "nan\nclimate.nan\n0\t2147483647\t-2147483648\t4294967295\n"),
+        ):
+            status, out, err = self.run_tool(tool, *arguments)
+            self.assertEqual((status, err), (0, b""))
+            self.assertEqual(out.decode()[-len(expected):], expected)
 
     def test_help_and_version(self):
         for arguments in (["--help"], ["run", "--help"], ["check", "--help"], ["--version"]):

@@ -69,6 +69,10 @@ bool play(CaseReader &file, unsigned long at_most, std::FILE *report) {
         show(file.place(), random_case, report);
         return false;
     }
+    if (cases == 0) {
+        std::fprintf(report, "%s: there is no case in it\n", file.place().c_str());
+        return false;
+    }
     return conclude(file.property(), cases, tally, report);
 }
 

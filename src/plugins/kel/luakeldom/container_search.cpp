@@ -11,8 +11,8 @@
 namespace {
 
 struct search_t {
-    const kl_object_t *object; // looked for; with a set, what lists those that are
-    kl_darray_t *set;          // null: one is looked for
+    const kl_object_t *object; // looked for; with a set, the container of those that are
+    kl_darray_t *set;          // null: one object is looked for
     container_path_t &path;
     int visited; // containers so far
     int found;   // the number of the container that counts
@@ -36,17 +36,16 @@ kl_object_t *&slot_for(kl_darray_t *set, const kl_object_t *object) {
     }
 }
 
-int put(const char *, void *object, void *set) {
-    slot_for(static_cast<kl_darray_t *>(set), static_cast<kl_object_t *>(object)) = static_cast<kl_object_t *>(object);
-    return 0;
-}
-
-// Whether the list became a set of the container's children.
-bool make_set(kl_darray_t *list, kl_object_t *container, int count) {
+// Whether the list became a set of the objects.
+bool make_set(kl_darray_t *list, kl_darray_t *objects) {
+    int count = kl_darray_size(objects);
     int slots = 2 * count + 1;
     for (int i = 0; i < slots; ++i) add_to_darray(nullptr, nullptr, list);
     if (kl_darray_size(list) != slots) return false; // memory is out
-    keldom_traverse(container, put, list);
+    for (int i = 0; i < count; ++i) {
+        auto *object = *static_cast<kl_object_t **>(kl_darray_item(objects, i));
+        slot_for(list, object) = object;
+    }
     return true;
 }
 
@@ -105,13 +104,14 @@ bool keldom_find_container_path(kl_application_t *app, kl_object_t *object, cont
     return path.length && !search.found_again;
 }
 
-bool keldom_find_common_path(kl_application_t *app, kl_object_t *container, int count, container_path_t &path) {
+bool keldom_find_common_path(kl_application_t *app, kl_object_t *container, kl_darray_t *children,
+                             container_path_t &path) {
     if (container->type == KL_OBJECT_TYPE_LAYER_INSTANCE)
         container = &reinterpret_cast<kl_layer_instance_t *>(container)->layer->object;
-    if (count < 2 || container->type > KL_OBJECT_TYPE_LAYER) return false; // or what it lists is named after itself
-    kl_darray_t *set = keldom_create_darray(1);
+    bool may_share = container->type <= KL_OBJECT_TYPE_LAYER && kl_darray_size(children) > 1;
+    kl_darray_t *set = may_share ? keldom_create_darray(1) : nullptr;
     if (!set) return false;
-    bool found = make_set(set, container, count) && keldom_find_container_path(app, container, path, set);
+    bool found = make_set(set, children) && keldom_find_container_path(app, container, path, set);
     kl_darray_free(set);
     return found && path.containers[0] == container;
 }

@@ -11,7 +11,7 @@ inline bool keldom_is_named_after_container(const kl_object_t *object) { return 
 // that is not named after a container; or as far as the walk could tell, and the last one's own name takes a search of
 // its own.
 struct container_path_t {
-    kl_object_t *containers[16];
+    kl_object_t *containers[12];
     int length; // 0: nothing lists the object
 };
 
@@ -20,7 +20,8 @@ struct container_path_t {
 bool keldom_find_container_path(kl_application_t *app, kl_object_t *object, container_path_t &path,
                                 kl_darray_t *set = nullptr);
 
-// Whether a container that lists at least two objects, `count`, is visited once and nothing else lists any of them, so
+// Whether a container is visited once and nothing else lists any of its children, of which there are at least two, so
 // that the names of those that are named after it differ in the last part alone. A layer instance stands for its layer.
 // False also where that cannot be told for want of memory.
-bool keldom_find_common_path(kl_application_t *app, kl_object_t *container, int count, container_path_t &path);
+bool keldom_find_common_path(kl_application_t *app, kl_object_t *container, kl_darray_t *children,
+                             container_path_t &path);

@@ -76,6 +76,18 @@ int push_named(lua_State *L, kl_application_t *app, kl_object_t *object, sibling
     return 0;
 }
 
+int push_all_named(lua_State *L, kl_application_t *app, kl_darray_t *darray, siblings_t *siblings) {
+    int pushed = 1;
+    lua_createtable(L, 0, 0);
+    for (int i = 0; pushed && i < kl_darray_size(darray); ++i) {
+        pushed = push_named(L, app, *static_cast<kl_object_t **>(kl_darray_item(darray, i)), siblings);
+        if (pushed) lua_rawseti(L, -2, i + 1);
+    }
+    kl_darray_free(darray);
+    if (!pushed) lua_settop(L, -2);
+    return pushed;
+}
+
 } // namespace
 
 dom_object_t *keldom_push_blank(lua_State *L, kl_object_type_t type) {
@@ -87,7 +99,8 @@ dom_object_t *keldom_push_blank(lua_State *L, kl_object_type_t type) {
     return handle;
 }
 
-void keldom_disown(lua_State *L, int index) {
+void keldom_disown(lua_State *L, dom_object_t *holder, int index) {
+    holder->name = nullptr;
     lua_pushnil(L);
     lua_setmetatable(L, index - 1);
 }
@@ -108,18 +121,13 @@ int keldom_push_as_dom_object(lua_State *L, kl_application_t *app, kl_object_t *
     return push_named(L, app, object, nullptr);
 }
 
-int keldom_push_as_dom_objects(lua_State *L, kl_application_t *app, kl_darray_t *darray, kl_object_t *container) {
-    int pushed = 1;
-    lua_createtable(L, 0, 0);
+int keldom_push_as_dom_objects(lua_State *L, kl_application_t *app, kl_darray_t *darray) {
+    return push_all_named(L, app, darray, nullptr);
+}
+
+int keldom_push_children(lua_State *L, kl_application_t *app, kl_darray_t *darray, kl_object_t *container) {
     siblings_t siblings;
     siblings.name = nullptr;
-    bool known = container && keldom_find_common_path(app, container, kl_darray_size(darray), siblings.path);
-    for (int i = 0; pushed && i < kl_darray_size(darray); ++i) {
-        kl_object_t *object = *static_cast<kl_object_t **>(kl_darray_item(darray, i));
-        pushed = push_named(L, app, object, known ? &siblings : nullptr);
-        if (pushed) lua_rawseti(L, -2, i + 1);
-    }
-    kl_darray_free(darray);
-    if (!pushed) lua_settop(L, -2);
-    return pushed;
+    bool known = keldom_find_common_path(app, container, darray, siblings.path);
+    return push_all_named(L, app, darray, known ? &siblings : nullptr);
 }

@@ -32,7 +32,7 @@ dom_object_t *keldom_push_blank(lua_State *L, kl_object_type_t type);
 // The type code of a handle whose `name` is a list of objects. Handles of it and of other blocks are never a script's:
 // they free what an entry holds should Lua raise an error in the midst, and are disowned when the entry is done.
 constexpr kl_object_type_t list_holder = 0xFF;
-void keldom_disown(lua_State *L, int index); // [-0, +0] index: from the top
+void keldom_disown(lua_State *L, dom_object_t *holder, int index); // [-0, +0] index: the holder's, from the top
 
 // [-0, +0] The handle at an absolute stack position, or null when the value is none: a userdata is a handle when its
 // metatable is `name`'s, or reaches it along the metatables' __index tables. Kept: so is a userdata without a
@@ -47,7 +47,8 @@ dom_object_t *handle_at(lua_State *L, int index);
 int keldom_push_as_dom_object(lua_State *L, kl_application_t *app, kl_object_t *object);
 
 // [-0, +1] Pushes an array of handles for the objects of a list and returns 1; or pushes nothing and returns 0 when one
-// of them has no name. Frees the list in both cases. container: what lists them, if that is one object and known: their
-// names are found together then.
-int keldom_push_as_dom_objects(lua_State *L, kl_application_t *app, kl_darray_t *darray,
-                               kl_object_t *container = nullptr);
+// of them has no name. Frees the list in both cases.
+int keldom_push_as_dom_objects(lua_State *L, kl_application_t *app, kl_darray_t *darray);
+
+// [-0, +1] The same for the children of a container, whose names are found together where they can be.
+int keldom_push_children(lua_State *L, kl_application_t *app, kl_darray_t *darray, kl_object_t *container);

@@ -39,14 +39,15 @@ kl_darray_t *keldom_get_layers(kl_application_t *app) {
 }
 
 // [-0, +0..1] Pushes the handles of a list, if there is one. The holder on top keeps it from being lost when Lua
-// raises.
-int push_held(lua_State *L, kl_application_t *app, dom_object_t *holder, kl_darray_t *list, kl_object_t *container) {
+// raises. container: what lists all of them, or null.
+// Inline, to save a frame above the deepest calls.
+[[gnu::always_inline]] inline int push_held(lua_State *L, kl_application_t *app, dom_object_t *holder,
+                                            kl_darray_t *list, kl_object_t *container) {
     int pushed = 0;
-    if (list) {
-        holder->name = reinterpret_cast<char *>(list);
-        pushed = keldom_push_as_dom_objects(L, app, list, container);
-    }
-    keldom_disown(L, -1 - pushed);
+    holder->name = reinterpret_cast<char *>(list);
+    if (list)
+        pushed = container ? keldom_push_children(L, app, list, container) : keldom_push_as_dom_objects(L, app, list);
+    keldom_disown(L, holder, -1 - pushed);
     return pushed;
 }
 

@@ -200,6 +200,6 @@ int keldom_get_variables_function(lua_State *L) {
     if (!app) return 0;
     dom_object_t *holder = keldom_push_blank(L, KL_OBJECT_TYPE_APP);
     int listed = push_variables(L, app, holder);
-    keldom_disown(L, -1 - listed);
+    keldom_disown(L, holder, -1 - listed);
     return listed;
 }
