@@ -5,22 +5,20 @@
 
 namespace {
 
-using namer_t = const char *(*)(const kl_object_t *object);
-
-const char *control_name(const kl_object_t *object) { return reinterpret_cast<const kl_control_t *>(object)->name; }
-
-const char *shown_layer_name(const kl_object_t *object) {
-    return reinterpret_cast<const kl_layer_instance_t *>(object)->layer->name;
+// Of a screen's list a layer instance, of any other a control.
+const char *reported_name(const kl_object_t *object, bool is_screen) {
+    return is_screen ? reinterpret_cast<const kl_layer_instance_t *>(object)->layer->name
+                     : reinterpret_cast<const kl_control_t *>(object)->name;
 }
 
 // A null entry ends the list: hosts leave one where an object is on its way out.
-int traverse_list(kl_darray_t *list, namer_t name_of, predicate_t work, void *user_data) {
+int traverse_list(kl_darray_t *list, bool is_screen, predicate_t work, void *user_data) {
     kl_darray_iter_t iterator;
     kl_darray_iterator_init(&iterator, list, 0);
     for (void *slot = iterator.first(&iterator, -1, -1); slot; slot = iterator.next(&iterator, -1, -1)) {
         kl_object_t *object = *static_cast<kl_object_t **>(slot);
         if (!object) break;
-        const char *name = name_of(object);
+        const char *name = reported_name(object, is_screen);
         if (int stop = work(name, object, user_data)) return stop;
     }
     return 0;
@@ -58,15 +56,15 @@ int keldom_traverse_table(kl_table_t *table, predicate_t work, void *user_data) 
 }
 
 int keldom_traverse_group(kl_group_t *group, predicate_t work, void *user_data) {
-    return traverse_list(group->control_list, control_name, work, user_data);
+    return traverse_list(group->control_list, false, work, user_data);
 }
 
 int keldom_traverse_layer(kl_layer_t *layer, predicate_t work, void *user_data) {
-    return traverse_list(layer->control_list, control_name, work, user_data);
+    return traverse_list(layer->control_list, false, work, user_data);
 }
 
 int keldom_traverse_screen(kl_screen_t *screen, predicate_t work, void *user_data) {
-    return traverse_list(screen->layer_list, shown_layer_name, work, user_data);
+    return traverse_list(screen->layer_list, true, work, user_data);
 }
 
 // The last result is the walk's: a map walk ends at the first entry whose callback gives other than 0.
