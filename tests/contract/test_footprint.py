@@ -287,6 +287,8 @@ class Program(InFolder):
         page = (self.folder / "footprint.md").read_text()
         for figure in figures.values():
             self.assertIn(f"| {figure} |", page)
+        self.assertEqual(self.run_main("--write")[0], 0)
+        self.assertEqual((self.folder / "footprint.md").read_text(), page) # what was measured before stays
 
 
 if __name__ == "__main__":
