@@ -34,16 +34,19 @@ int16_t current(lua_State *L, kl_application_t *app, const dom_object_t *object,
     return value;
 }
 
-bool is_number(lua_State *L, int position) {
-    if (lua_isnumber(L, position)) return true;
+// What converts to other than 0 is a number; only of 0 it has to be asked.
+bool read_integer(lua_State *L, int position, lua_Integer &number) {
+    number = lua_tointeger(L, position);
+    if (number || lua_isnumber(L, position)) return true;
     return raise_argument_error(L, position, "an integer");
 }
 
 // The anchor at a position: leading, which changes nothing, when there is none, and after raising that it is bad.
 // Kept: only its low 8 bits count.
 anchor_t checked_anchor(lua_State *L, int position, const char *anchors) {
-    if (lua_type(L, position) <= LUA_TNIL || !is_number(L, position)) return leading;
-    auto anchor = static_cast<int8_t>(lua_tointeger(L, position));
+    lua_Integer number;
+    if (lua_type(L, position) <= LUA_TNIL || !read_integer(L, position, number)) return leading;
+    auto anchor = static_cast<int8_t>(number);
     if (anchor >= leading && anchor <= trailing) return static_cast<anchor_t>(anchor);
     raise_argument_error(L, position, anchors);
     return leading;
@@ -61,8 +64,9 @@ void replace(lua_State *L, int position, int coordinate) {
 // Replaces the position that was given for the anchor point by that of the leading edge.
 void move(lua_State *L, kl_application_t *app, const dom_object_t *object, const axis_t &axis, anchor_t anchor,
           int value) {
-    if (!is_number(L, value)) return;
-    int16_t wanted = to_coordinate(lua_tointeger(L, value));
+    lua_Integer number;
+    if (!read_integer(L, value, number)) return;
+    int16_t wanted = to_coordinate(number);
     replace(L, value, wanted - share(anchor, current(L, app, object, axis.extent)));
 }
 
@@ -71,8 +75,9 @@ void move(lua_State *L, kl_application_t *app, const dom_object_t *object, const
 bool resize(lua_State *L, kl_application_t *app, const dom_object_t *object, const axis_t &axis, anchor_t anchor,
             int value, int anchor_position) {
     int16_t extent = current(L, app, object, axis.extent);
-    if (!is_number(L, value)) return false;
-    int16_t change = to_coordinate(extent - to_coordinate(lua_tointeger(L, value)));
+    lua_Integer number;
+    if (!read_integer(L, value, number)) return false;
+    int16_t change = to_coordinate(extent - to_coordinate(number));
     if (!change) return false;
     replace(L, anchor_position, current(L, app, object, axis.position) + share(anchor, change));
     return true;
@@ -96,8 +101,8 @@ variable_list_t anchored(lua_State *L, kl_application_t *app, const dom_object_t
 
 int keldom_set_anchored(lua_State *L, variable_list_t list, minimum_t minimum, const char *others) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object) || !has_arguments(L, app, minimum, others)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object || !has_arguments(L, app, minimum, others)) return 0;
     if (object->type <= KL_OBJECT_TYPE_TABLE) {
         int count = count_of(minimum) - 1;
         variable_list_t left = list;

@@ -52,10 +52,10 @@ int raise_argument_error(lua_State *L, int position, const char *expected) {
     return 0;
 }
 
-bool get_dom_object(lua_State *L, kl_application_t *&app, dom_object_t *&object) {
+dom_object_t *get_dom_object(lua_State *L, kl_application_t *&app) {
     app = keldom_require_app(L);
-    if (!app) return false;
-    object = handle_at(L, 1);
+    if (!app) return nullptr;
+    dom_object_t *object = handle_at(L, 1);
     if (!object) warn(app, not_a_handle);
     return object;
 }

@@ -41,4 +41,4 @@ int raise_argument_error(lua_State *L, int position, const char *expected);
 
 // The first step of every method: sets the application, and the handle at position 1. False after raising that there is
 // no application, or after the warning that argument 1 is no handle; what is not there is left unset or null.
-bool get_dom_object(lua_State *L, kl_application_t *&app, dom_object_t *&object);
+dom_object_t *get_dom_object(lua_State *L, kl_application_t *&app);

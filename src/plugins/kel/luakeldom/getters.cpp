@@ -8,8 +8,8 @@ namespace {
 // [-0, +n] Pushes the value of each listed variable, nil for a missing one. Returns how many.
 int read(lua_State *L, variable_list_t list) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     int count = 0;
     for (; list; list = rest_of(list)) count += keldom_get_value(L, app, object, variable_name(first_of(list)));
     return count;

@@ -105,13 +105,20 @@ void keldom_disown(lua_State *L, dom_object_t *holder, int index) {
     lua_setmetatable(L, index - 1);
 }
 
+// The climb keeps two metatables on the stack, and leaves what it stopped at.
 dom_object_t *keldom_check_udata_base(lua_State *L, int index, const char *name) {
     auto *object = static_cast<dom_object_t *>(lua_touserdata(L, index));
     if (!object) return nullptr;
-    int top = lua_gettop(L);
     lua_getfield(L, LUA_REGISTRYINDEX, name);
-    if (lua_getmetatable(L, index) && !reaches_base(L)) object = nullptr;
-    lua_settop(L, top);
+    int pushed = 1;
+    if (lua_getmetatable(L, index)) {
+        pushed = 2;
+        if (!reaches_base(L)) {
+            pushed = 3;
+            object = nullptr;
+        }
+    }
+    lua_settop(L, -1 - pushed);
     return object;
 }
 

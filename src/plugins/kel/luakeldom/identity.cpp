@@ -21,8 +21,8 @@ int keldom_dom_object_equals(lua_State *L) {
 // A script can call this by hand: the null name makes the collection that follows, and every later use, harmless.
 int keldom_dom_object_free(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     if (object->type == list_holder && object->name)
         kl_darray_free(reinterpret_cast<kl_darray_t *>(object->name));
     else
@@ -33,16 +33,16 @@ int keldom_dom_object_free(lua_State *L) {
 
 int keldom_get_dom_object_name_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     lua_pushstring(L, object->name);
     return 1;
 }
 
 int keldom_get_dom_object_type_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     lua_pushnumber(L, object->type);
     return 1;
 }

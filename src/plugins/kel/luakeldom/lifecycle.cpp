@@ -6,8 +6,8 @@
 // The name takes the handle's place on the stack: from there on the handle may be collected, and nothing of it is used.
 int keldom_clone_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *handle;
-    if (!get_dom_object(L, app, handle)) return 0;
+    dom_object_t *handle = get_dom_object(L, app);
+    if (!handle) return 0;
     int count = lua_gettop(L);
     if (count != 3 && count != 4)
         return warn(app, "This function expects 3 or 4 arguments (self, name, parent_name, data(optional))");
@@ -24,8 +24,8 @@ int keldom_clone_function(lua_State *L) {
 // self.
 int keldom_delete_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *handle;
-    if (!get_dom_object(L, app, handle)) return 0;
+    dom_object_t *handle = get_dom_object(L, app);
+    if (!handle) return 0;
     lua_pushstring(L, handle->name);
     kl_lua_delete_object(L, app, 2);
     lua_settop(L, -2);

@@ -81,8 +81,8 @@ int keldom_get_children_function(lua_State *L) { return keldom_push_relatives(L,
 // Kept: what is a warning in its siblings is an error here.
 int keldom_get_dom_object_layer_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *handle;
-    if (!get_dom_object(L, app, handle)) return 0;
+    dom_object_t *handle = get_dom_object(L, app);
+    if (!handle) return 0;
     kl_object_t *object = keldom_get_object(app, handle->name);
     if (!object) return raise_error(L, no_such_object);
     if (object->type != KL_OBJECT_TYPE_LAYER_INSTANCE) return raise_error(L, "Object is not a layer instance");

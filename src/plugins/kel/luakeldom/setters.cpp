@@ -8,16 +8,16 @@ namespace {
 
 int write(lua_State *L, variable_list_t list, minimum_t minimum, const char *others) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object) || !has_arguments(L, app, minimum, others)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object || !has_arguments(L, app, minimum, others)) return 0;
     return keldom_set_values_from_list(L, app, object, 2, list);
 }
 
 // Kept: what is written is argument 2, which is the pushed boolean only when nothing stands behind self.
 int write_hidden(lua_State *L, bool hidden) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     lua_pushboolean(L, hidden);
     return keldom_set_values_from_list(L, app, object, 2, variables(kld_hidden));
 }

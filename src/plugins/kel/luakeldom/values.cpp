@@ -90,7 +90,7 @@ int keldom_set_values_from_list(lua_State *L, kl_application_t *app, const dom_o
         variable_t variable = first_of(list);
         if (variable == placeholder) continue;
         keldom_push_key(L, object, variable_name(variable));
-        write_value(L, app, index);
+        kl_lua_set_data_value(L, app, data_mgr, -1, index);
     }
     data_mgr->release_change_listener(data_mgr);
     return 0;
@@ -108,8 +108,8 @@ int keldom_get_key_function(lua_State *L) {
 
 int keldom_get_cell_key_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     if (!lua_isnumber(L, 2)) return warn_argument(app, 2, "a number");
     if (!lua_isnumber(L, 3)) return warn_argument(app, 3, "a number");
     if (!lua_isstring(L, 4)) return warn_argument(app, 3, "a string"); // kept: names 3, checks 4
@@ -121,8 +121,8 @@ int keldom_get_cell_key_function(lua_State *L) {
 // Each value takes its key's place: there may be more keys than Lua has free stack slots.
 int keldom_get_value_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     int count = lua_gettop(L);
     if (!has_arguments(L, app, at_least(2), "key, ...")) return 0;
     for (int i = 2; i <= count; ++i) {
@@ -134,8 +134,8 @@ int keldom_get_value_function(lua_State *L) {
 
 int keldom_set_value_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     int count = lua_gettop(L);
     if (!has_arguments(L, app, at_least(3), "k, v, ...")) return 0;
     kl_data_mgr_t *data_mgr = require_data_manager(L, app);
@@ -154,8 +154,8 @@ int keldom_set_value_function(lua_State *L) {
 // Kept: the last pass visits the table itself, which stores nothing but asks for the data manager once more.
 int keldom_get_data_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     int count = lua_gettop(L);
     if (!has_arguments(L, app, at_least(2), "key, ...")) return 0;
     lua_createtable(L, 0, count - 1);
@@ -172,8 +172,8 @@ int keldom_get_data_function(lua_State *L) {
 // Kept: the table is the last argument, whichever that is; and without a data manager one nil is returned.
 int keldom_set_data_function(lua_State *L) {
     kl_application_t *app;
-    dom_object_t *object;
-    if (!get_dom_object(L, app, object)) return 0;
+    dom_object_t *object = get_dom_object(L, app);
+    if (!object) return 0;
     kl_data_mgr_t *data_mgr = require_data_manager(L, app);
     if (!data_mgr) {
         lua_pushnil(L);

@@ -11,7 +11,8 @@ void keldom_push_key(lua_State *L, const dom_object_t *object, const char *varia
 // data manager, and pushes nil should that return. Returns 1.
 int keldom_get_value(lua_State *L, kl_application_t *app, const dom_object_t *object, const char *variable);
 
-// [-0, +0] Writes the values at stack positions start, start + 1, ... into the listed variables, as one batch of
-// changes; a placeholder consumes its position and writes nothing. Raises without a data manager. Returns 0.
+// [-0, +n] Writes the values at stack positions start, start + 1, ... into the listed variables, as one batch of
+// changes, and leaves their keys, four at most; a placeholder consumes its position and writes nothing. Raises without
+// a data manager. Returns 0.
 int keldom_set_values_from_list(lua_State *L, kl_application_t *app, const dom_object_t *object, int start,
                                 variable_list_t list);

@@ -36,5 +36,10 @@ constexpr variable_list_t with_slot(variable_list_t list, unsigned slot, variabl
     return list ^ ((placeholder ^ variable) << (slot * bits_per_variable));
 }
 
+// Fixed width, so that there are no pointers to relocate.
+inline namespace luakeldom {
+extern const char variable_names[placeholder + 1][sizeof "kld_height"];
+}
+
 // The variable's name in the data manager, such as "kld_x"; "" for a placeholder.
-const char *variable_name(variable_t variable);
+inline const char *variable_name(variable_t variable) { return variable_names[variable]; }
