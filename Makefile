@@ -1,6 +1,6 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint test test-m7 test-m32 test-luajit test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance build-counter test test-m7 test-m32 test-luajit test-apicheck test-oom coverage lint bench clean deps build-dev build-m7 build-release cases
 
 # Builds share the objects that their settings leave alike, whichever folder they are built in.
 export CCACHE_NOHASHDIR := 1
@@ -10,7 +10,7 @@ DEMO_EVENTS = press:climate.target.warmer press:climate.mode.cool press:climate.
 	press:preferences.brightness.card press:week.heading.holiday
 
 help: ## Show this list
-	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## /{printf "  make %-16s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## /{printf "  make %-18s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
 
 demo: deps build-release ## Build all and run the thermostat with its scripts
 	build/release/bin/kel run $(APP) $(DEMO_EVENTS:%=--event %)
@@ -46,8 +46,17 @@ footprint: deps build-m7 ## Measure the plug-in on a Cortex-M7 and write docs/fo
 check-footprint: deps ## Hold the plug-in's size and stack on a Cortex-M7 against the budgets
 	tools/footprint --check
 
+performance: deps build-counter ## Count the instructions of each operation on a Cortex-M7 and write docs/performance.md
+	tools/performance --write
+
+check-performance: deps build-counter ## Hold the operations' instructions against docs/performance.md
+	tools/performance --check
+
 test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called
 	tools/test-apicheck
+
+test-oom: deps build-dev ## Run the conformance tests once for each request for memory, with that one failing
+	printf 'build/dev/bin/conformance_oom_%s\n' reference recording | xargs -n 1 -P 2 env
 
 coverage: deps ## Show which lines and branches of the plug-in the tests do not reach
 	cmake --preset coverage && cmake --build --preset coverage
@@ -59,9 +68,10 @@ coverage: deps ## Show which lines and branches of the plug-in the tests do not 
 lint: deps ## Check format, include order, static analysis, Lua and shell scripts
 	tools/lint
 
-bench: deps ## Measure start-up and the host's operations
+bench: deps ## Measure start-up, and the time of each operation beside its floor
 	cmake --preset bench && cmake --build --preset bench
-	build/bench/bin/bench_host
+	build/bench/bin/bench_host --benchmark_out=build/bench/host.json --benchmark_out_format=json
+	build/bench/bin/bench_operations --benchmark_out=build/bench/operations.json --benchmark_out_format=json
 
 clean: ## Remove everything that was built
 	rm -rf build
@@ -78,6 +88,9 @@ build-dev:
 
 build-m7:
 	cmake --preset m7 && cmake --build --preset m7
+
+build-counter:
+	cmake --preset m7 && cmake --build --preset m7 --target count_operations
 
 build-release:
 	cmake --preset release && cmake --build --preset release
