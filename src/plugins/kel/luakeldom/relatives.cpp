@@ -40,9 +40,7 @@ kl_darray_t *keldom_get_layers(kl_application_t *app) {
 
 // [-0, +0..1] Pushes the handles of a list, if there is one. The holder on top keeps it from being lost when Lua
 // raises. container: what lists all of them, or null.
-// Inline, to save a frame above the deepest calls.
-[[gnu::always_inline]] inline int push_held(lua_State *L, kl_application_t *app, dom_object_t *holder,
-                                            kl_darray_t *list, kl_object_t *container) {
+int push_held(lua_State *L, kl_application_t *app, dom_object_t *holder, kl_darray_t *list, kl_object_t *container) {
     int pushed = 0;
     holder->name = reinterpret_cast<char *>(list);
     if (list)
