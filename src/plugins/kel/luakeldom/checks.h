@@ -7,11 +7,9 @@
 
 // Texts that more than one room uses.
 inline namespace luakeldom {
-// NOLINTBEGIN(bugprone-dynamic-static-initializers): it takes a declaration for a variable without a constant value
 extern const char not_a_handle[];
 extern const char no_application_for_call[];
 extern const char no_such_object[];
-// NOLINTEND(bugprone-dynamic-static-initializers)
 } // namespace luakeldom
 
 // Each gives 0, an entry's count of results, so that an entry can say `return warn(app, text)`.

@@ -15,7 +15,6 @@ struct dom_object_t {
 // The metatables' names in the Lua registry. Declared only: of an inline constant each object file has a copy. In a
 // namespace, as a firmware links the plug-in with the code of others.
 inline namespace luakeldom {
-// NOLINTBEGIN(bugprone-dynamic-static-initializers): it takes a declaration for a variable without a constant value
 extern const char keldom_object_metatable[];
 extern const char control_object_metatable[];
 extern const char table_object_metatable[];
@@ -23,7 +22,6 @@ extern const char group_object_metatable[];
 extern const char layer_instance_object_metatable[];
 extern const char layer_object_metatable[];
 extern const char screen_object_metatable[];
-// NOLINTEND(bugprone-dynamic-static-initializers)
 } // namespace luakeldom
 
 // [-0, +1] Pushes a handle without a name.
