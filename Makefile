@@ -1,6 +1,6 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance build-counter test test-m7 test-m32 test-luajit test-apicheck test-oom coverage lint bench clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance build-counter test test-m7 test-m32 test-luajit test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
 
 # Builds share the objects that their settings leave alike, whichever folder they are built in.
 export CCACHE_NOHASHDIR := 1
@@ -54,9 +54,6 @@ check-performance: deps build-counter ## Hold the operations' instructions again
 
 test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called
 	tools/test-apicheck
-
-test-oom: deps build-dev ## Run the conformance tests once for each request for memory, with that one failing
-	printf 'build/dev/bin/conformance_oom_%s\n' reference recording | xargs -n 1 -P 2 env
 
 coverage: deps ## Show which lines and branches of the plug-in the tests do not reach
 	cmake --preset coverage && cmake --build --preset coverage

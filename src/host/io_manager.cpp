@@ -157,8 +157,8 @@ std::size_t IoManager::pump(std::size_t most) {
     std::size_t delivered = 0;
     for (; delivered < most && !queue_.empty(); ++delivered) deliver_next();
     if (!queue_.empty())
-        log_.write(KL_LOG_WARNING, "Stopped after delivering " + std::to_string(delivered) + " events, "
-                                       + std::to_string(queue_.size()) + " still wait: do events queue each other?");
+        log_.format(KL_LOG_WARNING, "Stopped after delivering %lu events, %lu still wait: do events queue each other?",
+                    static_cast<unsigned long>(delivered), static_cast<unsigned long>(queue_.size()));
     return delivered;
 }
 

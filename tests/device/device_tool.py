@@ -5,11 +5,14 @@
 
 import os
 import pathlib
+import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(PROJECT / "tests/support"))
 EMULATE = os.path.abspath(os.environ["EMULATE"])
 ON_DEVICE = [EMULATE, os.path.abspath(os.environ["KEL_DEVICE"])]
 ON_SMALL_HEAP = [EMULATE, os.path.abspath(os.environ["KEL_SMALL_HEAP"])]
@@ -17,7 +20,7 @@ ON_DESKTOP = [os.path.abspath(os.environ["KEL_DESKTOP"])]
 
 
 class DeviceTest(unittest.TestCase):
-    """Each test has an empty folder as the tools' working folder."""
+    """Each test has a folder of its own with the thermostat in it, where the tools work."""
 
     maxDiff = None
 
@@ -25,6 +28,7 @@ class DeviceTest(unittest.TestCase):
         holder = tempfile.TemporaryDirectory(prefix="kel-device-")
         self.addCleanup(holder.cleanup)
         self.folder = pathlib.Path(holder.name)
+        shutil.copytree(PROJECT / "examples/thermostat", self.folder / "thermostat")
 
     def run_tool(self, tool, *arguments):
         completed = subprocess.run(

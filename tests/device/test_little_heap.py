@@ -1,56 +1,12 @@
 # test_little_heap.py: where the board's heap is used up, scripts get Lua's error or the warning, and go on.
 
-import shutil
 import unittest
 
-from device_tool import ON_SMALL_HEAP, PROJECT, DeviceTest
-
-# fill() takes all memory in ever smaller pieces and gives it as a list, the smallest pieces first.
-FILL = """
-local function fill()
-    local hoard, count = false, 0
-    local function keep(size)
-        hoard = {hoard, string.rep(count .. " ", size)}
-        count = count + 1
-    end
-    local function link()
-        hoard = {hoard}
-        count = count + 1
-    end
-    for _, size in ipairs({10000, 1000, 100, 1}) do
-        while pcall(keep, size) do end
-    end
-    repeat
-        collectgarbage()
-        local before = count
-        while pcall(link) do end
-    until count == before
-    return hoard
-end
-"""
-
-# Repeats a call until it no longer succeeds, with a little more room each time.
-REPEAT = FILL + """
-print("begin")
-for room = 0, 19 do
-    local hoard = fill()
-    for _ = 1, room do hoard = hoard[1] end
-    collectgarbage()
-    local fine, result
-    repeat fine, result = pcall(CALL) until not fine or not result
-    hoard = nil
-    collectgarbage()
-    print(fine, result)
-end
-print(CALL() ~= nil)
-"""
+from device_tool import ON_SMALL_HEAP, DeviceTest # shows where the next one is
+from board_runs import FILL, REPEAT
 
 
 class LittleHeap(DeviceTest):
-    def setUp(self):
-        super().setUp()
-        shutil.copytree(PROJECT / "examples/thermostat", self.folder / "thermostat")
-
     def run_script(self, text, *arguments):
         (self.folder / "script.lua").write_text(text, encoding="utf-8")
         status, out, err = self.run_tool(ON_SMALL_HEAP, "run", "thermostat", "--script", "script.lua", *arguments)
@@ -82,7 +38,7 @@ class LittleHeap(DeviceTest):
 
     def ways_to_fail(self, call):
         """What a call does when it finds no memory: Lua's error, or no result and a warning. The set of both."""
-        status, out, err = self.run_script("local function CALL() " + call + " end " + REPEAT)
+        status, out, err = self.run_script("local function CALL() " + call + " end " + REPEAT + "print(CALL() ~= nil)")
         self.assertEqual(status, 0, err)
         *outcomes, afterwards = out.splitlines()
         self.assertEqual(len(outcomes), 20)

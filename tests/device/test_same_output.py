@@ -1,30 +1,19 @@
 # test_same_output.py: on the board the tool prints what it prints on the desktop.
 
-import re
 import shutil
 import unittest
 
-from device_tool import ON_DESKTOP, ON_DEVICE, PROJECT, DeviceTest
-
-
-def demo_events():
-    """Those of `make demo`."""
-    makefile = (PROJECT / "Makefile").read_text(encoding="utf-8").replace("\\\n", " ")
-    return re.search(r"^DEMO_EVENTS = (.*)$", makefile, re.MULTILINE).group(1).split()
+from device_tool import ON_DESKTOP, ON_DEVICE, PROJECT, DeviceTest # shows where the next one is
+from board_runs import demo_events
 
 
 class SameOutput(DeviceTest):
-    def setUp(self):
-        super().setUp()
-        shutil.copytree(PROJECT / "examples/thermostat", self.folder / "thermostat")
-
     def write(self, name, text):
         (self.folder / name).write_text(text, encoding="utf-8")
         return name
 
     def test_the_demo(self):
-        events = [word for event in demo_events() for word in ("--event", event)]
-        _, out, err = self.assertSame(0, "run", "thermostat", *events)
+        _, out, err = self.assertSame(0, "run", "thermostat", *demo_events())
         self.assertIn(b"Press on climate.target.warmer\n", out)
         self.assertEqual(err, b"")
 

@@ -8,10 +8,12 @@ import pathlib
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(PROJECT / "tests/support"))
 ON_FREERTOS = [os.path.abspath(os.environ["EMULATE"]), os.path.abspath(os.environ["KEL_FREERTOS"])]
 ON_DESKTOP = [os.path.abspath(os.environ["KEL_DESKTOP"]), "run"]
 
@@ -22,13 +24,6 @@ FIGURES = re.compile(
     r"heap: (?P<free_before>\d+) bytes free before, (?P<free_after>\d+) after\n"
     r"kernel: (?P<ticks>\d+) ticks, (?P<beats>\d+) beats of another task\n"
 )
-
-
-def demo_events():
-    """Those of `make demo`, as options."""
-    makefile = (PROJECT / "Makefile").read_text(encoding="utf-8").replace("\\\n", " ")
-    events = re.search(r"^DEMO_EVENTS = (.*)$", makefile, re.MULTILINE).group(1).split()
-    return [word for event in events for word in ("--event", event)]
 
 
 class FreertosTest(unittest.TestCase):

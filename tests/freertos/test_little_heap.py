@@ -2,48 +2,10 @@
 
 import unittest
 
-from freertos_tool import ON_FREERTOS, FreertosTest
+from freertos_tool import ON_FREERTOS, FreertosTest # shows where the next one is
+from board_runs import REPEAT
 
-# fill() takes all memory, in ever smaller pieces, and gives it as a list, the smallest pieces first.
-FILL = """
-local function fill()
-    local hoard, count = false, 0
-    local function keep(size)
-        hoard = {hoard, string.rep(count .. " ", size)}
-        count = count + 1
-    end
-    local function link()
-        hoard = {hoard}
-        count = count + 1
-    end
-    for _, size in ipairs({10000, 1000, 100, 1}) do
-        while pcall(keep, size) do end
-    end
-    repeat
-        collectgarbage()
-        local before = count
-        while pcall(link) do end
-    until count == before
-    return hoard
-end
-"""
-
-# Asks for a handle until there is none, with a little more room each time.
-REPEAT = FILL + """
-print("begin")
-for room = 0, 19 do
-    local hoard = fill()
-    for _ = 1, room do hoard = hoard[1] end
-    collectgarbage()
-    local fine, result
-    repeat fine, result = pcall(keldom.get_object, "climate.target.warmer") until not fine or not result
-    hoard = nil
-    collectgarbage()
-    print(fine, result)
-end
-print(keldom.get_object("climate.target.warmer"))
-"""
-
+CALL = "local function CALL() return (keldom.get_object('climate.target.warmer')) end"
 WARNING = "warning: Object has no qualified name"
 
 
@@ -58,7 +20,7 @@ class LittleHeap(FreertosTest):
         self.assertGreater(figures["refused"], 0)
 
     def test_a_handle_without_memory_is_an_error_or_a_warning(self):
-        script = self.write("script.lua", REPEAT)
+        script = self.write("script.lua", CALL + REPEAT + "print(CALL())")
         status, out, err, _ = self.run_task("thermostat", "--script", script)
         self.assertEqual(status, 0, err)
         *outcomes, afterwards = out.partition("begin\n")[2].splitlines()

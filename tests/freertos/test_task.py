@@ -2,7 +2,8 @@
 
 import unittest
 
-from freertos_tool import ON_DESKTOP, ON_FREERTOS, PROJECT, FreertosTest, demo_events
+from freertos_tool import ON_DESKTOP, ON_FREERTOS, PROJECT, FreertosTest # shows where the next one is
+from board_runs import demo_events
 
 
 class Task(FreertosTest):

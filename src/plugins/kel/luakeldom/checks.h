@@ -37,6 +37,6 @@ bool has_arguments(lua_State *L, kl_application_t *app, minimum_t minimum, const
 int warn_argument(kl_application_t *app, int position, const char *expected);
 int raise_argument_error(lua_State *L, int position, const char *expected);
 
-// The first step of every method: sets the application, and the handle at position 1. False after raising that there is
-// no application, or after the warning that argument 1 is no handle; what is not there is left unset or null.
+// The first step of every method: sets the application and returns the handle at position 1. Null after raising that
+// there is no application, or after the warning that argument 1 is no handle.
 dom_object_t *get_dom_object(lua_State *L, kl_application_t *&app);

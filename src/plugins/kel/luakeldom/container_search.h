@@ -16,7 +16,8 @@ struct container_path_t {
 };
 
 // The container that lists the object; of several, the one that is visited last in the order where a container comes
-// before its children. Whether one container alone lists it, and that one is visited once.
+// before its children. Whether one container alone lists it, and that one is visited once. set: for
+// keldom_find_common_path, which looks for several objects and gives their container as `object`.
 bool keldom_find_container_path(kl_application_t *app, kl_object_t *object, container_path_t &path,
                                 kl_darray_t *set = nullptr);
 

@@ -56,7 +56,7 @@ char *name_of(kl_application_t *app, kl_object_t *object, siblings_t *siblings) 
     if (siblings->name) {
         char *name = kelal_strdup(siblings->name);
         if (name) name[siblings->prefix] = '\0';
-        return str_join_ip(name, '.', own);
+        return str_join_ip(name, delimiter, own);
     }
     char *name = keldom_get_name_by_path(app, siblings->path, object);
     siblings->name = name;

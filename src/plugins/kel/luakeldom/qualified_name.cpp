@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr char delimiter = '.';
-
 const char *control_name(const kl_object_t *object) { return reinterpret_cast<const kl_control_t *>(object)->name; }
 
 // A record does not know its container: the search through the model decides.

@@ -5,6 +5,8 @@
 
 #include "container_search.h"
 
+inline constexpr char delimiter = '.'; // between a name's parts
+
 // Returns a new string that the caller frees with kelal_free, or null when the object is null, of an unknown type or in
 // no container, or when memory is out.
 char *keldom_get_qualified_name(kl_application_t *app, kl_object_t *object);
@@ -14,4 +16,4 @@ char *keldom_get_name_by_path(kl_application_t *app, const container_path_t &pat
 
 // Joins two parts with a delimiter between. Consumes pre: it is resized in place, and freed when memory is out. Returns
 // the joined string, which the caller frees with kelal_free, or null when memory is out or pre is null.
-char *str_join_ip(char *pre, char delimiter, const char *post);
+char *str_join_ip(char *pre, char between, const char *post);
