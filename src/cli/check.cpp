@@ -2,7 +2,6 @@
 #include "commands.h"
 #include "output.h"
 
-#include <memory>
 #include <string>
 
 #include <kelhost/application.h>
@@ -10,12 +9,6 @@
 namespace kelhost {
 
 namespace {
-
-constexpr const char *footer = R"(Examples:
-  kel check examples/thermostat
-  kel check examples/thermostat/app.json && echo ready to ship
-
-Exit status: 0 no fault; 1 scripts that do not compile are the only faults; 2 bad usage or a faulty application file.)";
 
 // Controls, tables and groups; a table's cells count as part of it.
 std::size_t count_elements(const std::vector<ElementDescription> &elements) {
@@ -37,13 +30,15 @@ std::string summary(const Application &app) {
            + counted(app.keys().size(), "variable") + ", " + counted(description.scripts.size(), "script") + ": ";
 }
 
-ExitStatus check(const std::string &path) {
+} // namespace
+
+ExitStatus check(const CheckArguments &arguments) {
     Options options;
     options.log = report_log;
     Diagnostics faults;
-    const auto app = Application::load(path, std::move(options), faults);
+    const auto app = Application::load(arguments.path, std::move(options), faults);
     if (app == nullptr) {
-        report_faults(faults, faults.empty() ? path : faults.front().file);
+        report_faults(faults, faults.empty() ? arguments.path : faults.front().file);
         return bad_input;
     }
     faults = app->check_scripts();
@@ -55,18 +50,6 @@ ExitStatus check(const std::string &path) {
     print_success("no faults");
     print("\n");
     return succeeded;
-}
-
-} // namespace
-
-Command add_check_command(CLI::App &tool) {
-    CLI::App *parser = tool.add_subcommand("check", "Check an application and compile its scripts, without running it");
-    const auto path = std::make_shared<std::string>();
-    parser->add_option("APP", *path, "Application file, or the folder that holds it as app.json")
-        ->required()
-        ->type_name("PATH");
-    parser->footer(footer);
-    return {parser, [path] { return check(*path); }};
 }
 
 } // namespace kelhost

@@ -1,11 +1,8 @@
-// commands.h: the tool's subcommands, and what their exit statuses mean.
+// commands.h: the tool's subcommands: what each is told on the command line, and what its exit status means.
 #pragma once
 
-#include <functional>
-
-// The device's C++ library has no <filesystem>; CLI11 does without it.
-#define CLI11_HAS_FILESYSTEM 0
-#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 namespace kelhost {
 
@@ -16,12 +13,26 @@ enum ExitStatus : int {
         2 // the command line, the application or a file named on the command line is at fault; nothing more was run
 };
 
-struct Command {
-    CLI::App *parser = nullptr;          // the subcommand; owned by the whole command line
-    std::function<ExitStatus()> execute; // with what the parser has read
+// What every command that runs an application is told.
+struct SessionArguments {
+    std::string path; // of the application
+    std::string log_level = "warning";
+    std::string plugin; // "" for the one near the tool
 };
 
-Command add_run_command(CLI::App &tool);
-Command add_check_command(CLI::App &tool);
+struct RunArguments {
+    SessionArguments session;
+    std::vector<std::string> scripts;
+    std::vector<std::string> code;
+    std::vector<std::string> events; // "NAME" or "NAME:TARGET"
+    bool strict = false;
+};
+
+struct CheckArguments {
+    std::string path;
+};
+
+ExitStatus run(const RunArguments &arguments);
+ExitStatus check(const CheckArguments &arguments);
 
 } // namespace kelhost

@@ -1,0 +1,147 @@
+// command_line.cpp: the options of all subcommands, and their help. The parser takes long to compile: no other file
+// includes it.
+#include "command_line.h"
+
+#include "events.h"
+#include "output.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+// The device's C++ library has no <filesystem>; CLI11 does without it.
+#define CLI11_HAS_FILESYSTEM 0
+#include <CLI/CLI.hpp>
+#include <kelhost/log.h>
+
+namespace kelhost {
+
+namespace {
+
+constexpr const char *version = "kel " KEL_VERSION; // the build sets it
+
+constexpr const char *tool_footer = R"(Examples:
+  kel run examples/thermostat
+  kel run examples/thermostat --event press:climate.target.warmer
+  kel check examples/thermostat
+
+Exit status: 0 success; 1 a script failed; 2 bad usage or bad input.
+'kel COMMAND --help' tells more about a command.)";
+
+constexpr const char *run_footer =
+    R"(Scripts run first, then pieces of code, then events, each in the order given; after each one, waiting events
+are delivered. A failure is reported and the rest is run all the same.
+
+Log levels, most important first: always, error, warning, info, event1, action, diag1, diag2, event2, trace1, trace2.
+
+Examples:
+  kel run examples/thermostat
+  kel run examples/thermostat --event press:climate.target.warmer --event press:climate.mode.cool
+  kel run examples/thermostat --script examples/thermostat/extra/look_around.lua
+  kel run examples/thermostat --exec 'print(keldom.get_object("week.plan"))' --strict
+  kel run examples/thermostat --log-level trace2 2>log.txt
+
+Exit status: 0 success; 1 a script, a handler or a piece of code failed, or with --strict a warning was logged;
+2 bad usage or bad input.)";
+
+constexpr const char *check_footer = R"(Examples:
+  kel check examples/thermostat
+  kel check examples/thermostat/app.json && echo ready to ship
+
+Exit status: 0 no fault; 1 scripts that do not compile are the only faults; 2 bad usage or a faulty application file.)";
+
+struct Command {
+    CLI::App *parser = nullptr;          // the subcommand; owned by the whole command line
+    std::function<ExitStatus()> execute; // with what the parser has read
+};
+
+std::string check_event(const std::string &text) {
+    return is_event(text) ? std::string() : "expected NAME or NAME:TARGET, found \"" + text + "\"";
+}
+
+std::string check_log_level(const std::string &text) {
+    if (log_level_from_name(text)) return {};
+    std::string names;
+    for (int level = KL_LOG_ALWAYS; level <= KL_LOG_TRACE2; ++level) {
+        if (!names.empty()) names += ", ";
+        names += log_level_name(level);
+    }
+    return "no log level \"" + text + "\"; there are " + names;
+}
+
+void add_path(CLI::App &parser, std::string &path) {
+    parser.add_option("APP", path, "Application file, or the folder that holds it as app.json")
+        ->required()
+        ->type_name("PATH");
+}
+
+void add_session_options(CLI::App &parser, SessionArguments &session) {
+    parser.add_option("--log-level", session.log_level, "Show log lines down to this level (default warning)")
+        ->type_name("LEVEL")
+        ->check(CLI::Validator(check_log_level, ""));
+    parser.add_option("--plugin", session.plugin, "The keldom plug-in, instead of the one near the tool")
+        ->type_name("FILE");
+}
+
+// An option that can be given several times, with one value each time.
+CLI::Option *add_repeated(CLI::App &parser, const std::string &name, std::vector<std::string> &values,
+                          const std::string &help) {
+    return parser.add_option(name, values, help)->type_size(1)->allow_extra_args(false);
+}
+
+Command add_run_command(CLI::App &tool) {
+    CLI::App *parser = tool.add_subcommand("run", "Run an application: its scripts, then what the options add");
+    const auto arguments = std::make_shared<RunArguments>();
+    add_path(*parser, arguments->session.path);
+    add_repeated(*parser, "--script", arguments->scripts, "Run a Lua file; may be given again")->type_name("FILE");
+    add_repeated(*parser, "--exec", arguments->code, "Run a piece of Lua code; may be given again")->type_name("CODE");
+    add_repeated(*parser, "--event", arguments->events,
+                 "Send an event, to an object if one is named; may be given again")
+        ->type_name("NAME[:TARGET]")
+        ->check(CLI::Validator(check_event, ""));
+    parser->add_flag("--strict", arguments->strict, "Fail when a warning is logged");
+    add_session_options(*parser, arguments->session);
+    parser->footer(run_footer);
+    return {parser, [arguments] { return run(*arguments); }};
+}
+
+Command add_check_command(CLI::App &tool) {
+    CLI::App *parser = tool.add_subcommand("check", "Check an application and compile its scripts, without running it");
+    const auto arguments = std::make_shared<CheckArguments>();
+    add_path(*parser, arguments->path);
+    parser->footer(check_footer);
+    return {parser, [arguments] { return check(*arguments); }};
+}
+
+ExitStatus report_usage_error(const std::string &message, const CLI::App &tool) {
+    const auto chosen = tool.get_subcommands();
+    const std::string command = chosen.empty() ? "kel" : "kel " + chosen.front()->get_name();
+    report_error(message);
+    report_line("Run '" + command + " --help' for usage.");
+    return bad_input;
+}
+
+} // namespace
+
+ExitStatus execute_command_line(int argc, char **argv) {
+    CLI::App tool("Runs and checks applications of an embedded user interface on the desktop.", "kel");
+    tool.set_version_flag("--version", version, "Print the version and exit");
+    tool.set_help_flag("-h,--help", "Print this help and exit");
+    tool.require_subcommand(0, 1); // none is reported below: the parser would say so of a misspelt one too
+    tool.footer(tool_footer);
+    const std::vector<Command> commands = {add_run_command(tool), add_check_command(tool)};
+    try {
+        tool.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        const bool asked_for_text = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
+        if (!asked_for_text) return report_usage_error(error.what(), tool);
+        tool.exit(error);
+        return succeeded;
+    }
+    for (const Command &command : commands)
+        if (command.parser->parsed()) return command.execute();
+    return report_usage_error("A command is missing", tool);
+}
+
+} // namespace kelhost

@@ -1,0 +1,64 @@
+// session.cpp: from the command line's words to a running application and back to an exit status.
+#include "session.h"
+
+#include "output.h"
+#include "plugin_path.h"
+
+#include <utility>
+
+namespace kelhost {
+
+Session::Session(const SessionArguments &arguments)
+    : arguments_(arguments), level_(log_level_from_name(arguments.log_level).value_or(KL_LOG_WARNING)) {
+    set_host_log_sink([this](const LogEntry &entry) {
+        if (entry.level == KL_LOG_ERROR || entry.level == KL_LOG_WARNING) ++host_warnings_;
+        if (entry.level <= level_) report_log(entry);
+    });
+}
+
+Session::~Session() {
+    app_.reset();
+    set_host_log_sink({});
+}
+
+bool Session::load() {
+    const PluginSearch search = find_plugin(arguments_.plugin);
+    Options options;
+    options.log_level = level_;
+    options.log = report_log;
+    options.output = print;
+    if (search.plugin) options.plugins.push_back(*search.plugin);
+    Diagnostics faults;
+    app_ = Application::load(arguments_.path, std::move(options), faults);
+    if (app_ == nullptr) report_faults(faults, faults.empty() ? arguments_.path : faults.front().file);
+    if (!search.plugin) report_error(explain(search));
+    return app_ != nullptr && search.plugin.has_value();
+}
+
+bool Session::start() {
+    if (app_->start() != StartResult::plugin_failed) return true;
+    report_error(app_->start_failure());
+    return false;
+}
+
+void Session::stop() {
+    app_->stop();
+    report_unlogged_errors();
+}
+
+ExitStatus Session::verdict(bool strict) const {
+    if (!app_->script_errors().empty()) return failed;
+    const std::size_t warnings = app_->warnings() + host_warnings_;
+    if (!strict || warnings == 0) return succeeded;
+    report_error(counted(warnings, "warning") + " logged, and --strict allows none");
+    return failed;
+}
+
+// A level above errors silences the log, but never the reason for an exit status.
+void Session::report_unlogged_errors() const {
+    if (level_ >= KL_LOG_ERROR) return;
+    for (const ScriptError &error : app_->script_errors())
+        report_error(error.traceback.empty() ? error.message : error.message + "\n" + error.traceback);
+}
+
+} // namespace kelhost

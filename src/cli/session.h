@@ -1,0 +1,44 @@
+// session.h: an application that a command runs: loaded with the plug-in, its log shown, ended in order.
+#pragma once
+
+#include "commands.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include <kelhost/application.h>
+
+namespace kelhost {
+
+class Session {
+public:
+    explicit Session(const SessionArguments &arguments);
+    ~Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    // Reads the application and finds the plug-in. False, after a message for each fault, when that cannot be.
+    bool load();
+
+    // Runs the application's scripts. False, after a message, when the plug-in refused; a script's failure is not that.
+    bool start();
+
+    Application &app() { return *app_; } // only after load()
+
+    // Ends the application, and reports the errors that the log level kept from the log.
+    void stop();
+
+    // After stop(): `failed` when anything in Lua failed, or with `strict` when a warning was logged.
+    ExitStatus verdict(bool strict) const;
+
+private:
+    void report_unlogged_errors() const;
+
+    const SessionArguments arguments_;
+    const int level_; // least important one that is shown
+    std::unique_ptr<Application> app_;
+    std::size_t host_warnings_ = 0; // in lines that no application wrote
+};
+
+} // namespace kelhost
