@@ -1,6 +1,11 @@
 -- What scripts find in an application's Lua state.
-std = "lua51"
-read_globals = { "kel", "keldom" }
+std = require("lua.luacheck_std")
 -- Handlers are globals that the application file names.
 allow_defined_top = true
 max_line_length = 120
+
+-- Definitions make what scripts find, and are never run.
+for _, module in ipairs({ "keldom", "kel", "os" }) do
+  files["lua/" .. module .. ".lua"] = { globals = { module }, unused = false }
+end
+files["tests/editor"] = { read_globals = { "debug", "CLASSES" } }
