@@ -88,7 +88,7 @@ function kel.get_value(key, ...) end
 ---@param ... kel.input more pairs of key and value
 function kel.set_value(key, value, ...) end
 
----Writes a line to the host's log. With `kel run --strict`, a warning makes the run fail.
+---Writes a line to the host's log. With `kel run --strict`, a warning or an error makes the run fail.
 ---
 ---- Error `bad argument #1 to 'log' (string expected, got ...)`: text is neither string nor number.
 ---- Error `bad argument #2 to 'log' (string expected, got ...)`: level is neither string nor number.

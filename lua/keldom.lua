@@ -19,10 +19,10 @@
 ---**Variables.** Each property is a data variable of the object, such as `climate.room.alerts.kld_x`. The host
 ---converts what is written to the variable's type. This project's host makes booleans 0 or 1, cuts numbers to the
 ---range of the type (`Value 40000 for KEY (i16) is out of range, 32767 is written`), refuses what cannot be converted
----(`Cannot write table to KEY (i16)`), and makes a variable that an object does not have yet. Those who listen to
----variables are told once a call, after its last write.
+---(`Cannot write table to KEY (i16)`), and makes a variable that an object does not have yet. A call is one batch:
+---who listens to variables is told after its last write.
 ---
----**Failures.** What goes wrong is either a warning in the host's log, after which a function returns nothing and has
+---**Failures.** Misuse of a function is either a warning in the host's log, after which it returns nothing and has
 ---changed nothing, or a Lua error; each function says which. Beyond these, all raise `Invalid argument, no
 ---application pointer` in a Lua state that no application owns, except that `keldom.get_application`,
 ---`keldom.get_screens` and `keldom.get_layers` log `Invalid call, no application pointer`; those that read or write
@@ -363,8 +363,7 @@ function keldom_object:key(variable) end
 ---@class control_object: keldom_object
 local control_object = {}
 
----Whether the object is hidden itself; false when there is no such variable. What is in something hidden is not seen
----either.
+---Whether the object is hidden; false when there is no such variable.
 ---
 ---- Warning `Argument must be a keldom_object`: self is no handle.
 ---
@@ -730,8 +729,7 @@ function table_object:cell_key(row, col, variable) end
 ---@class group_object: keldom_object
 local group_object = {}
 
----Whether the object is hidden itself; false when there is no such variable. What is in something hidden is not seen
----either.
+---Whether the object is hidden; false when there is no such variable.
 ---
 ---- Warning `Argument must be a keldom_object`: self is no handle.
 ---
@@ -873,8 +871,7 @@ local layer_instance_object = {}
 ---@return layer_object layer
 function layer_instance_object:get_layer() end
 
----Whether the object is hidden itself; false when there is no such variable. What is in something hidden is not seen
----either.
+---Whether the object is hidden; false when there is no such variable.
 ---
 ---- Warning `Argument must be a keldom_object`: self is no handle.
 ---

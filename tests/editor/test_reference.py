@@ -1,8 +1,11 @@
 # test_reference.py: docs/reference.md is what the definitions say, and those say only what editors understand.
 
+import contextlib
+import io
 import re
 import subprocess
 import unittest
+import unittest.mock
 
 from editor_files import DEFINITIONS, PROJECT, EditorTest, reference
 
@@ -115,6 +118,14 @@ class Page(EditorTest):
     def test_it_is_what_the_definitions_say(self):
         done = self.check("--check")
         self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+    def test_one_that_differs_fails(self):
+        page = self.folder / self.write("reference.md", reference.PAGE.read_text(encoding="utf-8") + "more\n")
+        said = io.StringIO()
+        with unittest.mock.patch.object(reference, "PAGE", page), contextlib.redirect_stderr(said):
+            with unittest.mock.patch("sys.argv", ["reference", "--check"]):
+                self.assertEqual(reference.main(), 1)
+        self.assertEqual(said.getvalue(), f"{page} is not what the definitions say: run tools/reference\n")
 
     def test_a_change_of_a_definition_changes_it(self):
         paths = []
