@@ -7,6 +7,7 @@
 #include <lua.hpp>
 
 #include "called_names.h"
+#include "observer.h"
 
 extern "C" int KEL_PLUGIN_CREATE_FUNC(kl_plugin_state_t *state);
 
@@ -18,6 +19,9 @@ constexpr const char *metatables[] = {
     "keldom_object",         "control_object", "table_object",  "group_object",
     "layer_instance_object", "layer_object",   "screen_object",
 };
+
+Observer no_observer;
+Observer *observer = &no_observer;
 
 std::string text_of(lua_State *L, int index);
 
@@ -106,25 +110,42 @@ Lines lines_that_begin(const char *prefix) {
 
 } // namespace
 
+void set_observer(Observer *of_sessions) { observer = of_sessions ? of_sessions : &no_observer; }
+
 Session::Session(const kc_application_t &application) : host_(kc_host_start(&application, KEL_PLUGIN_CREATE_FUNC)) {
     REQUIRE(host_ != nullptr);
     lua_settop(lua(), 0);
     watch_called_names(lua());
     kc_recorder_start(this->application());
+    observer->session_starts(*this);
 }
 
+// A test that ended early may have left its failures and what it hid: collection and the observer need the host whole.
 Session::~Session() {
     account_for_warnings();
-    CHECK(lua_gettop(lua()) == 0);
+    kc_mend();
+    kc_set_error_returns(0);
+    kc_hide_application(0);
+    kc_hide_data_manager(0);
+    observer->session_ends(*this);
+    Remains left;
+    left.stack_height = lua_gettop(lua());
     lua_gc(lua(), LUA_GCCOLLECT, 0);
     account_for_warnings();
-    kc_hide_application(0);
-    kc_set_error_returns(0);
-    CHECK_MESSAGE(kc_violations() == 0, kc_last_violation());
+    left.holds = kc_open_holds();
+    kc_close_holds();
     kc_recorder_stop();
     kc_host_stop(host_);
-    CHECK(kc_live_blocks() == 0);
-    CHECK(kc_live_lists() == 0);
+    left.blocks = kc_live_blocks();
+    left.lists = kc_live_lists();
+    left.violations = kc_violations();
+    left.last_violation = kc_last_violation();
+    CHECK(left.stack_height == 0);
+    CHECK_MESSAGE(left.violations == 0, left.last_violation);
+    CHECK(left.blocks == 0);
+    CHECK(left.lists == 0);
+    CHECK(left.holds == 0);
+    observer->session_ended(left);
 }
 
 void Session::account_for_warnings() {
@@ -140,11 +161,16 @@ Outcome Session::run(const std::string &code) {
     lua_State *L = lua();
     Outcome outcome;
     int status = luaL_loadbuffer(L, code.data(), code.size(), "code");
-    if (status == 0) status = lua_pcall(L, 0, LUA_MULTRET, 0);
+    if (status == 0) {
+        observer->call_starts();
+        status = lua_pcall(L, 0, LUA_MULTRET, 0);
+        observer->call_ends();
+    }
     outcome.ok = status == 0;
     if (!outcome.ok) outcome.error = lua_isstring(L, -1) ? without_position(lua_tostring(L, -1)) : text_of(L, 1);
     for (int i = 1; outcome.ok && i <= lua_gettop(L); ++i) outcome.results.push_back(text_of(L, i));
     lua_settop(L, 0);
+    observer->run_ends(code, outcome);
     return outcome;
 }
 
@@ -171,6 +197,12 @@ Lines Session::warnings() {
 }
 
 Lines Session::errors() { return lines_that_begin("error: "); }
+
+void Session::hold_collection() {
+    lua_gc(lua(), LUA_GCCOLLECT, 0);
+    lua_gc(lua(), LUA_GCSTOP, 0);
+    observer->collection_held(*this);
+}
 
 void Session::define(const char *name, int (*function)(lua_State *L)) { lua_register(lua(), name, function); }
 

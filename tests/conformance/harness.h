@@ -28,6 +28,9 @@ namespace conformance {
 
 using Lines = std::vector<std::string>;
 
+// The first line, also where a test that memory does not suffice for has none.
+inline std::string first(const Lines &lines) { return lines.empty() ? "(none)" : lines.front(); }
+
 // What a piece of Lua code gave. Values read like code: nil, true, 10, "text"; an array {1, 2}; another table {a=1,
 // b=2} with its keys in order; a handle is its metatable's name and its qualified name: <control_object main.ok>.
 struct Outcome {
@@ -68,6 +71,9 @@ public:
 
     lua_State *lua() { return kc_host_lua(host_); }
     kl_application_t *application() { return kc_host_application(host_); }
+
+    // Lua collects at the test's own word from here on, so that blocks can be counted.
+    void hold_collection();
 
     // Sets a global of the Lua state to a C function, for what only C can do.
     void define(const char *name, int (*function)(lua_State *L));

@@ -40,7 +40,7 @@ static struct {
     failure_t failures[most_failures];
     int failure_count;
     int error_returns, hide_application;
-    int live_blocks, live_lists;
+    int live_blocks, live_lists, open_holds;
     int violations;
     char last_violation[longest_line];
     kl_application_t *app;
@@ -48,6 +48,9 @@ static struct {
     char **(*find_for_prefix)(kl_data_mgr_t *mgr, const char *prefix, int *count);
     void (*hold)(kl_data_mgr_t *mgr);
     void (*release)(kl_data_mgr_t *mgr);
+    lua_State *running; /* which entered the plug-in last: each of its functions asks for the application first */
+    int (*refuse)(kc_request_t kind);
+    void (*moment)(lua_State *L);
 } recorder;
 
 /* ---- lines ---- */
@@ -85,10 +88,13 @@ void kc_forget_calls(void) {
     recorder.count = 0;
 }
 
-static void expect(int holds, const char *what) {
-    if (holds) return;
+void kc_violation(const char *text) {
     ++recorder.violations;
-    snprintf(recorder.last_violation, sizeof recorder.last_violation, "%s", what);
+    snprintf(recorder.last_violation, sizeof recorder.last_violation, "%s", text);
+}
+
+static void expect(int holds, const char *what) {
+    if (!holds) kc_violation(what);
 }
 
 int kc_violations(void) { return recorder.violations; }
@@ -119,40 +125,79 @@ static int fails(const char *function) {
     return 0;
 }
 
+/* Whether the test, or who counts requests, lets the call fail. */
+static int refused(const char *function, kc_request_t kind) {
+    return fails(function) || (recorder.refuse && recorder.refuse(kind));
+}
+
+void kc_set_refuse(int (*refuse)(kc_request_t kind)) { recorder.refuse = refuse; }
+int kc_host_request_fails(void) { return recorder.refuse && recorder.refuse(KC_HOST); }
+
+/* ---- moments ---- */
+
+static void moment(void) {
+    if (recorder.moment && recorder.running) recorder.moment(recorder.running);
+}
+
+static void moment_in(lua_State *L) {
+    recorder.running = L;
+    moment();
+}
+
+void kc_set_moment(void (*at_moment)(lua_State *L)) { recorder.moment = at_moment; }
+
+/* ---- what tests set and ask ---- */
+
 void kc_set_error_returns(int returns) { recorder.error_returns = returns; }
 void kc_hide_application(int hide) { recorder.hide_application = hide; }
+int kc_is_application_hidden(void) { return recorder.hide_application; }
 void kc_hide_data_manager(int hide) { recorder.app->linfo->data_mgr = hide ? NULL : recorder.data_mgr; }
 int kc_live_blocks(void) { return recorder.live_blocks; }
 int kc_live_lists(void) { return recorder.live_lists; }
+int kc_open_holds(void) { return recorder.open_holds; }
+
+void kc_close_holds(void) {
+    for (; recorder.open_holds > 0; --recorder.open_holds) recorder.release(recorder.data_mgr);
+}
 
 /* ---- the data manager's operations ---- */
 
 static char **watched_find_for_prefix(kl_data_mgr_t *mgr, const char *prefix, int *count) {
+    moment();
     add("prefix \"%s\"", prefix);
-    if (fails("find_for_prefix")) {
+    if (refused("find_for_prefix", KC_KEYS)) {
         *count = 0;
         return NULL;
     }
     char **keys = recorder.find_for_prefix(mgr, prefix, count);
     if (keys) ++recorder.live_blocks; /* the plug-in's to free */
+    moment();
     return keys;
 }
 
 static void watched_hold(kl_data_mgr_t *mgr) {
+    moment();
     add("hold");
     recorder.hold(mgr);
+    ++recorder.open_holds;
+    moment();
 }
 
 static void watched_release(kl_data_mgr_t *mgr) {
+    moment();
     add("release");
+    expect(recorder.open_holds > 0, "a release without a hold");
+    recorder.open_holds -= recorder.open_holds > 0;
     recorder.release(mgr);
+    moment();
 }
 
 void kc_recorder_start(kl_application_t *app) {
     kc_forget_calls();
     kc_mend();
     recorder.error_returns = recorder.hide_application = 0;
-    recorder.live_blocks = recorder.live_lists = recorder.violations = 0;
+    recorder.live_blocks = recorder.live_lists = recorder.open_holds = recorder.violations = 0;
+    recorder.running = NULL;
     recorder.app = app;
     recorder.data_mgr = app->linfo->data_mgr;
     recorder.find_for_prefix = recorder.data_mgr->find_for_prefix;
@@ -179,47 +224,61 @@ void kc_recorder_stop(void) {
 /* ---- the allocator and lists ---- */
 
 char *kc_kelal_strdup(const char *string) {
+    moment();
     expect(string != NULL, "kelal_strdup of null");
-    char *copy = fails("kelal_strdup") ? NULL : kelal_strdup(string);
+    char *copy = refused("kelal_strdup", KC_STRDUP) ? NULL : kelal_strdup(string);
     recorder.live_blocks += copy != NULL;
+    moment();
     return copy;
 }
 
 void *kc_kelal_realloc(void *block, size_t nbytes) {
+    moment();
     expect(block != NULL, "kelal_realloc of null");
-    return fails("kelal_realloc") ? NULL : kelal_realloc(block, nbytes);
+    void *moved = refused("kelal_realloc", KC_REALLOC) ? NULL : kelal_realloc(block, nbytes);
+    moment();
+    return moved;
 }
 
+/* Collections end here too: no moment for another one. */
 void kc_kelal_free(void *block) {
     recorder.live_blocks -= block != NULL;
     kelal_free(block);
 }
 
 kl_darray_t *kc_kl_darray_create(int element_size, int capacity, int flags) {
+    moment();
     expect(element_size == (int)sizeof(kl_object_t *), "a list's elements are not pointers");
     expect(capacity == 0 || capacity == 1, "a list's capacity is neither 0 nor 1");
     expect(flags == 0, "a list's flags are not 0");
-    kl_darray_t *array = fails("kl_darray_create") ? NULL : kl_darray_create(element_size, capacity, flags);
+    kl_darray_t *array = refused("kl_darray_create", KC_LIST) ? NULL : kl_darray_create(element_size, capacity, flags);
     recorder.live_lists += array != NULL;
+    moment();
     return array;
 }
 
 int kc_kl_darray_add(kl_darray_t *array, const void *element, int position) {
+    moment();
     expect(array != NULL, "an element is added to no list");
     expect(position == -1, "an element is not appended");
-    return fails("kl_darray_add") ? -1 : kl_darray_add(array, element, position);
+    int index = refused("kl_darray_add", KC_ELEMENT) ? -1 : kl_darray_add(array, element, position);
+    moment();
+    return index;
 }
 
 void kc_kl_darray_free(kl_darray_t *array) {
+    moment();
     expect(array != NULL, "no list is freed");
     recorder.live_lists -= array != NULL;
     kl_darray_free(array);
+    moment();
 }
 
 /* ---- the log, errors, look-up ---- */
 
 void kc_kel_app_log(kl_application_t *app, int level, const char *format, ...) {
     char text[longest_line];
+    moment();
     va_list arguments;
     va_start(arguments, format);
     vsnprintf(text, sizeof text, format, arguments);
@@ -229,10 +288,12 @@ void kc_kel_app_log(kl_application_t *app, int level, const char *format, ...) {
     else
         add("log %d: %s", level, text);
     kel_app_log(app, level, "%s", text);
+    moment();
 }
 
 void kc_kl_lua_error(lua_State *L, const char *format, ...) {
     char text[longest_line];
+    moment_in(L);
     va_list arguments;
     va_start(arguments, format);
     vsnprintf(text, sizeof text, format, arguments);
@@ -241,12 +302,18 @@ void kc_kl_lua_error(lua_State *L, const char *format, ...) {
     if (!recorder.error_returns) kl_lua_error(L, "%s", text);
 }
 
-kl_application_t *kc_kl_lua_get_app(lua_State *L) { return recorder.hide_application ? NULL : kl_lua_get_app(L); }
+kl_application_t *kc_kl_lua_get_app(lua_State *L) {
+    moment_in(L);
+    return recorder.hide_application ? NULL : kl_lua_get_app(L);
+}
 
 kl_object_t *kc_kl_application_find_object(kl_application_t *app, const char *name, int flags) {
+    moment();
     add("find \"%s\"", name);
     expect(flags == 0, "find_object's flags are not 0");
-    return fails("kl_application_find_object") ? NULL : kl_application_find_object(app, name, flags);
+    kl_object_t *object = fails("kl_application_find_object") ? NULL : kl_application_find_object(app, name, flags);
+    moment();
+    return object;
 }
 
 /* ---- values ---- */
@@ -275,6 +342,7 @@ static const char *value_text(lua_State *L, int index, char *text) {
 int kc_kl_lua_get_data_value(lua_State *L, kl_application_t *app, kl_data_mgr_t *mgr, int key_index, int reserved) {
     char key[longest_line / 2];
     char text[longest_line];
+    moment_in(L);
     expect(key_index == -1 && reserved == -1, "get_data_value's key is not on top, or its fifth argument is not -1");
     expect(lua_type(L, -1) == LUA_TSTRING, "get_data_value's key is not a string");
     snprintf(key, sizeof key, "%s", lua_tostring(L, -1));
@@ -286,16 +354,19 @@ int kc_kl_lua_get_data_value(lua_State *L, kl_application_t *app, kl_data_mgr_t 
         found = kl_lua_get_data_value(L, app, mgr, key_index, reserved);
     expect(lua_gettop(L) == height - !found, "the host's get_data_value leaves the stack at a wrong height");
     add("get \"%s\" -> %s", key, found ? value_text(L, -1, text) : "none");
+    moment();
     return found;
 }
 
 int kc_kl_lua_set_data_value(lua_State *L, kl_application_t *app, kl_data_mgr_t *mgr, int key_index, int value_index) {
     char text[longest_line];
+    moment_in(L);
     expect(lua_type(L, key_index) == LUA_TSTRING, "set_data_value's key is not a string");
     add("set \"%s\" = %s", lua_tostring(L, key_index), value_text(L, value_index, text));
     int height = lua_gettop(L);
     int written = kl_lua_set_data_value(L, app, mgr, key_index, value_index);
     expect(lua_gettop(L) == height, "the host's set_data_value leaves the stack at another height");
+    moment();
     return written;
 }
 
@@ -309,12 +380,18 @@ int kc_kl_lua_clone_object(lua_State *L, kl_application_t *app, int source_index
     add("clone %s %s %s%s", value_text(L, 1, source), value_text(L, 2, name), value_text(L, 3, parent),
         lua_isnoneornil(L, 4) ? "" : " data");
     lua_gc(L, LUA_GCCOLLECT, 0); /* as a host may: nothing but the stack keeps the source's handle */
-    return fails("kl_lua_clone_object") ? 0 : kl_lua_clone_object(L, app, 1, 2, 3, 4, new_name);
+    recorder.running = L;
+    int cloned = fails("kl_lua_clone_object") ? 0 : kl_lua_clone_object(L, app, 1, 2, 3, 4, new_name);
+    moment();
+    return cloned;
 }
 
 int kc_kl_lua_delete_object(lua_State *L, kl_application_t *app, int name_index) {
     char name[longest_line];
+    moment_in(L);
     expect(name_index == 2, "delete's position is not 2");
     add("delete %s", value_text(L, 2, name));
-    return fails("kl_lua_delete_object") ? 0 : kl_lua_delete_object(L, app, name_index);
+    int deleted = fails("kl_lua_delete_object") ? 0 : kl_lua_delete_object(L, app, name_index);
+    moment();
+    return deleted;
 }

@@ -5,6 +5,8 @@
 
 #include <kel/kel.h>
 
+struct lua_State;
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -37,6 +39,7 @@ void kc_mend(void);
 void kc_set_error_returns(int returns);
 /* Other than 0: kl_lua_get_app gives null. */
 void kc_hide_application(int hide);
+int kc_is_application_hidden(void);
 /* Other than 0: the application's data_mgr is null. */
 void kc_hide_data_manager(int hide);
 
@@ -44,10 +47,34 @@ void kc_hide_data_manager(int hide);
 int kc_live_blocks(void);
 int kc_live_lists(void);
 
+/* Brackets that the plug-in holds open now. kc_close_holds ends them, as a host does when a script has ended. */
+int kc_open_holds(void);
+void kc_close_holds(void);
+
 /* Calls that broke the interface, such as an element size that is not a pointer's, since the start; the last one's
  * text. */
 int kc_violations(void);
 const char *kc_last_violation(void);
+
+/* For a host that watches itself: what it finds is another violation. */
+void kc_violation(const char *text);
+
+/* ---- For programs that do more than run the suite ---- */
+
+/* Requests of the plug-in's that memory may not suffice for. KC_HOST is any request to the host's allocator: counted
+ * where a host asks kc_host_request_fails. */
+typedef enum kc_request { KC_STRDUP, KC_REALLOC, KC_LIST, KC_ELEMENT, KC_KEYS, KC_HOST, KC_REQUEST_KINDS } kc_request_t;
+
+/* Asked before each request that would be passed on; other than 0 makes it fail. Null takes the function away. */
+void kc_set_refuse(int (*refuse)(kc_request_t kind));
+
+/* For a host whose allocator can be made to fail: to be asked before each request is served; other than 0 is to make it
+ * fail. */
+int kc_host_request_fails(void);
+
+/* Called before and after each host call of the plug-in's, with the Lua state that runs. Null takes the function away.
+ */
+void kc_set_moment(void (*moment)(struct lua_State *L));
 
 #ifdef __cplusplus
 }

@@ -5,6 +5,9 @@
 #include <utility>
 
 #include <kelhost/application.h>
+#include <kelhost/memory.h>
+
+#include "recorder.h"
 
 struct kc_instance_of_host {
     std::unique_ptr<kelhost::Application> application;
@@ -89,8 +92,10 @@ extern "C" {
 
 // The recorder sees what the plug-in logs, so the host's own log is kept quiet.
 kc_host_t *kc_host_start(const kc_application_t *application, int (*entry)(kl_plugin_state_t *state)) {
+    set_fault_hook([](std::size_t, std::size_t, void *) { return kc_host_request_fails() != 0; }, nullptr);
     Options options;
     options.log = [](const LogEntry &) {};
+    set_host_log_sink([](const LogEntry &) {});
     options.sandbox.debug = true; // tests take metatables apart
     Plugin plugin;
     plugin.entry = entry;
@@ -101,7 +106,11 @@ kc_host_t *kc_host_start(const kc_application_t *application, int (*entry)(kl_pl
     return new kc_host_t{std::move(created)};
 }
 
-void kc_host_stop(kc_host_t *host) { delete host; }
+void kc_host_stop(kc_host_t *host) {
+    delete host;
+    set_fault_hook(nullptr, nullptr);
+}
+
 kl_application_t *kc_host_application(kc_host_t *host) { return host->application->record(); }
 lua_State *kc_host_lua(kc_host_t *host) { return host->application->lua(); }
 const char *kc_host_name(void) { return "the reference host"; }

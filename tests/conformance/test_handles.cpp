@@ -58,12 +58,6 @@ struct Handles : Session {
                 " to_string, equals, collect = meta(ok).__tostring, meta(ok).__eq, meta(ok).__gc");
     }
 
-    // Lua collects at the test's own word from here on, so that blocks can be counted.
-    void hold_collection() {
-        lua_gc(lua(), LUA_GCCOLLECT, 0);
-        lua_gc(lua(), LUA_GCSTOP, 0);
-    }
-
     kl_object_t *object(const char *name) { return kl_application_find_object(application(), name, 0); }
 };
 

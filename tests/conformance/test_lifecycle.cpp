@@ -48,8 +48,7 @@ TEST_CASE("a clone's data is passed on and applied") {
     Lifecycle session;
     CHECK(session.results("return ok:clone('ok2', 'main', {label = 'Copy', kld_x = 5}):get_value('label', 'kld_x')")
           == Lines{"\"Copy\"", "5"});
-    Lines calls = session.calls();
-    CHECK(calls[0] == "clone \"main.ok\" \"ok2\" \"main\" data");
+    CHECK(first(session.calls()) == "clone \"main.ok\" \"ok2\" \"main\" data");
 }
 
 TEST_CASE("clone takes two or three arguments behind self") {
