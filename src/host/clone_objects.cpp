@@ -141,7 +141,7 @@ private:
     ModelContext &context_;
 };
 
-void copy_look(kl_control_t &from, kl_control_t &to) noexcept {
+void copy_look(const kl_control_t &from, kl_control_t &to) noexcept {
     to.flags = from.flags;
     to.size = from.size;
     to.rect = from.rect;

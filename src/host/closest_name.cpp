@@ -26,7 +26,9 @@ std::string lower_case(std::string_view name) {
 
 // How many letters must be added, dropped, changed or swapped with their neighbour to get from one text to the other.
 std::size_t distance(std::string_view from, std::string_view to) {
-    Row before{}, above{}, row{};
+    Row before{};
+    Row above{};
+    Row row{};
     for (std::size_t j = 0; j <= to.size(); ++j) above[j] = j;
     for (std::size_t i = 1; i <= from.size(); ++i) {
         row[0] = i;

@@ -144,7 +144,7 @@ bool write_output(const Options &options, std::string_view line) noexcept {
 
 // print(...): as Lua's, but to the application's output, a whole line at a time.
 int print_function(lua_State *L) {
-    Runtime &runtime = runtime_of(L);
+    const Runtime &runtime = runtime_of(L);
     const int count = lua_gettop(L);
     lua_getglobal(L, "tostring");
     luaL_Buffer line;

@@ -100,7 +100,7 @@ bool KeyIndex::has_own_variable(const Variables &variables, std::string_view nam
     const auto [entry, is_new] = variable_names_.try_emplace(&variables);
     if (is_new)
         for (const VariableDescription &variable : variables) entry->second.insert(variable.name);
-    return entry->second.count(name) != 0;
+    return entry->second.contains(name);
 }
 
 bool KeyIndex::is_cell_key(std::string_view target) {

@@ -24,7 +24,7 @@ struct ApplicationRecord : kl_application_t {
 };
 
 struct Runtime {
-    Runtime(const ApplicationDescription &description, Options options);
+    Runtime(const ApplicationDescription &application, Options run_options);
     ~Runtime(); // stop()
     Runtime(const Runtime &) = delete;
     Runtime &operator=(const Runtime &) = delete;

@@ -315,7 +315,7 @@ TEST_CASE("scripts are checked without being run, started or not") {
     world.add_script("open.lua", "if true then\n\n");
     world.add_script("code.luac", "\033Lua");
     world.add_script("gone.lua", "");
-    Application &app = world.create();
+    const Application &app = world.create();
     std::remove((world.folder.path() + "/gone.lua").c_str());
     const Diagnostics found = app.check_scripts();
     REQUIRE(found.size() == 4);

@@ -136,8 +136,8 @@ TEST_CASE("get_type gives the type code as a number, for every kind") {
     PluginFixture fixture;
     Model model;
     recording_list_append(model.main, model.row);
-    void *objects[] = {model.ok,   model.list,   model.row,  model.bar,
-                       model.main, model.placed, model.home, recording_app()};
+    void *const objects[] = {model.ok,   model.list,   model.row,  model.bar,
+                             model.main, model.placed, model.home, recording_app()};
     int code = 0;
     for (void *object : objects) {
         pushed_object = static_cast<kl_object_t *>(object);
