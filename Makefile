@@ -1,10 +1,11 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck coverage lint bench clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck coverage lint bench install package check-package clean deps build-dev build-m7 build-release cases
 
 # Builds share the objects that their settings leave alike, whichever folder they are built in.
 export CCACHE_NOHASHDIR := 1
 
+PREFIX ?= /usr/local
 APP ?= examples/thermostat
 DEMO_EVENTS = press:climate.target.warmer press:climate.mode.cool press:climate.room.alerts press:climate.room.alerts \
 	press:preferences.brightness.card press:week.heading.holiday
@@ -72,6 +73,16 @@ bench: deps ## Measure start-up, and the time of each operation beside its floor
 	cmake --preset bench && cmake --build --preset bench
 	build/bench/bin/bench_host --benchmark_out=build/bench/host.json --benchmark_out_format=json
 	build/bench/bin/bench_operations --benchmark_out=build/bench/operations.json --benchmark_out_format=json
+
+install: deps build-release ## Install below PREFIX=/usr/local; with DESTDIR=FOLDER, staged there
+	cmake --install build/release --prefix "$(or $(PREFIX),$(error PREFIX is empty, expected a folder))"
+
+package: deps build-release ## Make a Debian package, build/release/*.deb
+	rm -f build/release/*.deb
+	cmake --build --preset release --target package
+
+check-package: package ## Check what that package has, and run it
+	cd tests/install && PACKAGE="$$(ls "$(CURDIR)"/build/release/*.deb)" /usr/bin/python3 -B -m unittest test_package.py
 
 clean: ## Remove everything that was built
 	rm -rf build

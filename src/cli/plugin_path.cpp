@@ -57,7 +57,8 @@ PluginSearch own_plugin() {
         search.looked_for.emplace_back("the tool's own folder, which this system does not tell");
         return search;
     }
-    for (const char *place : {"/../lib/", "/../lib/kel/", "/"}) {
+    // As built, as installed, and side by side.
+    for (const char *place : {"/../lib/", "/../lib/luakeldom/", "/"}) {
         const std::string file = folder + place + file_name;
         const std::string fault = why_unreadable(file);
         if (fault.empty()) {

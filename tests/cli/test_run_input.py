@@ -60,7 +60,7 @@ class Plugin(ToolTest):
     def test_it_is_found_near_the_tool(self):
         program = self.copy_tool()
         app = self.write_app()
-        for place in ("installed/bin", "installed/lib/kel", "installed/lib"):
+        for place in ("installed/bin", "installed/lib/luakeldom", "installed/lib"):
             with self.subTest(place):
                 os.makedirs(self.folder / place, exist_ok=True)
                 shutil.copy(PLUGIN, self.folder / place / "luakeldom.so")
@@ -81,7 +81,7 @@ class Plugin(ToolTest):
         reason = ": No such file or directory\n"
         self.assertResult(result, BAD_INPUT, err="error: plug-in not found; looked for:\n"
                                                  f"  {bin_folder}/../lib/luakeldom.so{reason}"
-                                                 f"  {bin_folder}/../lib/kel/luakeldom.so{reason}"
+                                                 f"  {bin_folder}/../lib/luakeldom/luakeldom.so{reason}"
                                                  f"  {bin_folder}/luakeldom.so{reason}" + self.ADVICE)
 
     def test_a_named_plugin_is_the_only_one_that_is_tried(self):
