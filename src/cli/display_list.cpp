@@ -157,7 +157,8 @@ private:
         item.box = {table.x + cell.rect.left, table.y + cell.rect.top, cell.size.width, cell.size.height};
         item.clip = table.clip;
         item.alpha = table.alpha;
-        add_visible(std::move(item), &cell.object, {table.name, "." + std::to_string(row) + "." + std::to_string(col)});
+        add_visible(std::move(item), &cell.object,
+                    {table.name, std::string(".").append(std::to_string(row)).append(".").append(std::to_string(col))});
     }
 
     void add_visible(DisplayItem item, const kl_object_t *object, const VariableOwner &owner) {
