@@ -1,6 +1,6 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck coverage lint bench install package check-package clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance pictures build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck coverage lint bench install package check-package clean deps build-dev build-m7 build-release cases
 
 # Builds share the objects that their settings leave alike, whichever folder they are built in.
 export CCACHE_NOHASHDIR := 1
@@ -55,6 +55,9 @@ check-performance: deps build-counter ## Hold the operations' instructions again
 
 test-oom: deps build-dev ## Let each request for memory fail once, under every test of the conformance suite
 	printf 'build/dev/bin/conformance_oom_%s\n' reference recording | xargs -n 1 -P 2 env
+
+pictures: deps build-release ## Draw the screens of the thermostat that README.md shows
+	tools/pictures
 
 test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called
 	tools/test-apicheck

@@ -25,6 +25,7 @@ constexpr const char *tool_footer = R"(Examples:
   kel run examples/thermostat
   kel run examples/thermostat --event press:climate.target.warmer
   kel check examples/thermostat
+  kel snapshot examples/thermostat -o home.png
 
 Exit status: 0 success; 1 a script failed; 2 bad usage or bad input.
 'kel COMMAND --help' tells more about a command.)";
@@ -50,6 +51,22 @@ constexpr const char *check_footer = R"(Examples:
   kel check examples/thermostat/app.json && echo ready to ship
 
 Exit status: 0 no fault; 1 scripts that do not compile are the only faults; 2 bad usage or a faulty application file.)";
+
+constexpr const char *snapshot_footer =
+    R"(The application is started, the events are sent in the order given, and then the screen is drawn: its layers with
+their alpha, without what is hidden. A file that is there already is replaced only by a whole new one.
+
+A .txt file has a line for each area with its place, colors and text: keep it, and `diff` tells what has changed.
+
+Examples:
+  kel snapshot examples/thermostat -o home.png
+  kel snapshot examples/thermostat schedule -o schedule.svg
+  kel snapshot examples/thermostat --after press:climate.room.alerts -o alerts.png --scale 2
+  kel snapshot examples/thermostat settings --outline --scale 3 -o names.png
+  kel snapshot examples/thermostat -o now.txt && diff docs/images/thermostat-home.txt now.txt
+
+Exit status: 0 success; 1 a script or a handler failed, but the picture is written; 2 bad usage or bad input, and no
+picture is written.)";
 
 struct Command {
     CLI::App *parser = nullptr;          // the subcommand; owned by the whole command line
@@ -114,6 +131,34 @@ Command add_check_command(CLI::App &tool) {
     return {parser, [arguments] { return check(*arguments); }};
 }
 
+std::string check_picture_file(const std::string &file) {
+    for (const char *extension : {".svg", ".png", ".txt"})
+        if (file.ends_with(extension)) return {};
+    return "expected a file name that ends in .svg, .png or .txt, found \"" + file + "\"";
+}
+
+Command add_snapshot_command(CLI::App &tool) {
+    CLI::App *parser = tool.add_subcommand("snapshot", "Draw a screen of an application as SVG or PNG");
+    const auto arguments = std::make_shared<SnapshotArguments>();
+    add_path(*parser, arguments->session.path);
+    parser->add_option("SCREEN", arguments->screen, "The screen's name; without it, the default screen")
+        ->type_name("NAME");
+    parser->add_option("-o,--output", arguments->file, "File to write: .svg, .png, or .txt for a list of what is shown")
+        ->required()
+        ->type_name("FILE")
+        ->check(CLI::Validator(check_picture_file, ""));
+    add_repeated(*parser, "--after", arguments->events, "Send an event first; may be given again")
+        ->type_name("NAME[:TARGET]")
+        ->check(CLI::Validator(check_event, ""));
+    parser->add_flag("--outline", arguments->outline, "Draw a frame and the name of each object over the picture");
+    parser->add_option("--scale", arguments->scale, "Times as large as the screen, 1 to 16 (default 1)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 16));
+    add_session_options(*parser, arguments->session);
+    parser->footer(snapshot_footer);
+    return {parser, [arguments] { return snapshot(*arguments); }};
+}
+
 ExitStatus report_usage_error(const std::string &message, const CLI::App &tool) {
     const auto chosen = tool.get_subcommands();
     const std::string command = chosen.empty() ? "kel" : "kel " + chosen.front()->get_name();
@@ -130,7 +175,7 @@ ExitStatus execute_command_line(int argc, char **argv) {
     tool.set_help_flag("-h,--help", "Print this help and exit");
     tool.require_subcommand(0, 1); // none is reported below: the parser would say so of a misspelt one too
     tool.footer(tool_footer);
-    const std::vector<Command> commands = {add_run_command(tool), add_check_command(tool)};
+    const std::vector<Command> commands = {add_run_command(tool), add_check_command(tool), add_snapshot_command(tool)};
     try {
         tool.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

@@ -32,7 +32,17 @@ struct CheckArguments {
     std::string path;
 };
 
+struct SnapshotArguments {
+    SessionArguments session;
+    std::string screen; // "" for the default one
+    std::string file;   // ends in .svg, .png or .txt
+    std::vector<std::string> events;
+    int scale = 1;
+    bool outline = false;
+};
+
 ExitStatus run(const RunArguments &arguments);
 ExitStatus check(const CheckArguments &arguments);
+ExitStatus snapshot(const SnapshotArguments &arguments);
 
 } // namespace kelhost

@@ -1,0 +1,34 @@
+// whole_file.cpp: writes beside the file and renames: the system replaces a file by another in one step.
+#include "whole_file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include <unistd.h>
+
+namespace kelhost {
+
+namespace {
+
+bool write_and_close(std::FILE *stream, const std::string &content) {
+    const bool written = std::fwrite(content.data(), 1, content.size(), stream) == content.size();
+    const int fault = errno;
+    const bool closed = std::fclose(stream) == 0; // writes what is left
+    if (!written) errno = fault;
+    return written && closed;
+}
+
+} // namespace
+
+std::string write_whole_file(const std::string &file, const std::string &content) {
+    const std::string beside = file + "." + std::to_string(getpid()) + ".new";
+    std::FILE *stream = std::fopen(beside.c_str(), "wbx"); // never through another's file or link
+    if (stream == nullptr) return std::strerror(errno);
+    if (write_and_close(stream, content) && std::rename(beside.c_str(), file.c_str()) == 0) return {};
+    std::string reason = std::strerror(errno);
+    static_cast<void>(std::remove(beside.c_str()));
+    return reason;
+}
+
+} // namespace kelhost
