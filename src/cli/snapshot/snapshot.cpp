@@ -11,27 +11,22 @@ namespace kelhost {
 
 namespace {
 
-bool ends_in(const std::string &file, std::string_view extension) { return file.ends_with(extension); }
-
 std::optional<std::string> file_content(const Application &app, const SnapshotArguments &arguments,
                                         std::string &fault) {
     const std::optional<DisplayList> list = make_display_list(app, arguments.screen, fault);
     if (!list) return std::nullopt;
-    if (ends_in(arguments.file, ".txt")) return to_text(*list);
-    const PictureFormat format = ends_in(arguments.file, ".svg") ? PictureFormat::svg : PictureFormat::png;
+    if (arguments.file.ends_with(".txt")) return to_text(*list);
+    const PictureFormat format = arguments.file.ends_with(".svg") ? PictureFormat::svg : PictureFormat::png;
     return draw_picture(*list, format, {arguments.scale, arguments.outline}, fault);
 }
 
-ExitStatus write_snapshot(const Application &app, const SnapshotArguments &arguments) {
+// Why the file could not be written; empty when it was.
+std::string write_snapshot(const Application &app, const SnapshotArguments &arguments) {
     std::string fault;
     const std::optional<std::string> content = file_content(app, arguments, fault);
-    if (content) {
-        fault = write_whole_file(arguments.file, *content);
-        if (fault.empty()) return succeeded;
-        fault = arguments.file + " cannot be written: " + fault;
-    }
-    report_error(fault);
-    return bad_input;
+    if (!content) return fault;
+    const std::string reason = write_whole_file(arguments.file, *content);
+    return reason.empty() ? reason : arguments.file + " cannot be written: " + reason;
 }
 
 } // namespace
@@ -41,9 +36,11 @@ ExitStatus snapshot(const SnapshotArguments &arguments) {
     if (!session.load() || !session.start()) return bad_input;
     for (const std::string &event : arguments.events)
         if (!send_event(session.app(), event)) return bad_input;
-    const ExitStatus status = write_snapshot(session.app(), arguments);
+    const std::string fault = write_snapshot(session.app(), arguments);
     session.stop();
-    return status == succeeded ? session.verdict(false) : status;
+    if (fault.empty()) return session.verdict(false);
+    report_error(fault);
+    return bad_input;
 }
 
 } // namespace kelhost
