@@ -153,7 +153,7 @@ Command add_snapshot_command(CLI::App &tool) {
     parser->add_flag("--outline", arguments->outline, "Draw a frame and the name of each object over the picture");
     parser->add_option("--scale", arguments->scale, "Times as large as the screen, 1 to 16 (default 1)")
         ->type_name("N")
-        ->check(CLI::Range(1, 16));
+        ->check(CLI::Range(1, 16).description(""));
     add_session_options(*parser, arguments->session);
     parser->footer(snapshot_footer);
     return {parser, [arguments] { return snapshot(*arguments); }};

@@ -510,7 +510,7 @@ class Usage(SnapshotTest):
     def test_help_names_every_option_and_has_examples(self):
         result = self.kel("snapshot", "--help")
         self.assertEqual((result.status, result.err), (SUCCEEDED, ""))
-        for expected in ("APP", "SCREEN", "-o,--output FILE", "--after NAME[:TARGET]", "--outline", "--scale N",
+        for expected in ("APP", "SCREEN", "-o,--output FILE", "--after NAME[:TARGET]", "--outline", "--scale N ",
                          "Examples:\n  kel snapshot examples/thermostat -o home.png\n"):
             self.assertIn(expected, result.out)
 
