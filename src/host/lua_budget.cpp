@@ -52,7 +52,10 @@ void *LuaBudget::allocate(void *self, void *block, std::size_t old_bytes, std::s
     const std::size_t others = budget.memory_ - old_bytes;
     const std::size_t bound = budget.limits_.memory_bytes;
     const bool bounded = bound != 0 && budget.running_ && !budget.lifted_;
-    if (bounded && new_bytes > old_bytes && (others > bound || new_bytes > bound - others)) return nullptr;
+    if (bounded && new_bytes > old_bytes && (others > bound || new_bytes > bound - others)) {
+        budget.refused_memory_ = true;
+        return nullptr;
+    }
     void *const grown = std::realloc(block, new_bytes);
     if (grown != nullptr) budget.memory_ = others + new_bytes;
     return grown;
@@ -82,6 +85,7 @@ void LuaBudget::watch(lua_State *L) {
 void LuaBudget::begin(lua_State *L) noexcept {
     running_ = true;
     lifted_ = true;
+    refused_memory_ = false;
     instructions_ = 0;
     c_stack_begin_ = c_stack_place();
     if (limits_.instructions != 0) set_hook(L, check_period);

@@ -37,6 +37,9 @@ public:
     // allocation without trying that first.
     bool needs_room() const noexcept { return limits_.memory_bytes != 0 && memory_ > limits_.memory_bytes / 2; }
 
+    // Whether the bound, rather than the machine, refused memory since begin().
+    bool refused_memory() const noexcept { return refused_memory_; }
+
     std::size_t memory_bytes() const noexcept { return memory_; } // in use now
 
 private:
@@ -57,6 +60,7 @@ private:
     std::uintptr_t c_stack_begin_ = 0; // where the call into Lua is
     bool running_ = false;
     bool lifted_ = false;
+    bool refused_memory_ = false;
 };
 
 } // namespace kelhost

@@ -99,11 +99,15 @@ struct LuaHost::Job {
 
     bool failed = false;
     bool never_ran = false; // the failure has no place in a script that a traceback could show
+    bool over_memory_limit = false;
     ScriptError error{};
 
     static Job &argument(lua_State *L) { return *static_cast<Job *>(lua_touserdata(L, 1)); }
     static int chunk_body(lua_State *L);
     static int handler_body(lua_State *L);
+    void find_cause(int status) noexcept;
+    std::string in_words() const;
+    void blame_memory_limit() noexcept;
     bool push_function(lua_State *L);
     int refuse_handler(lua_State *L);
     void describe_error(lua_State *L);
@@ -153,12 +157,38 @@ Runtime *LuaHost::runtime_of(lua_State *L) noexcept {
     return runtime;
 }
 
+// ---- What runs, in words ----
+
+std::string LuaHost::Job::in_words() const {
+    if (handler == nullptr)
+        return (chunk_name[0] == '@' ? "script \"" : "code \"") + std::string(chunk_name + 1) + "\"";
+    const std::string text = "handler \"" + handler->function + "\" for \"" + handler->event + "\"";
+    return handler->target.empty() ? text : text + " of \"" + handler->target + "\"";
+}
+
+void LuaHost::Job::find_cause(int status) noexcept {
+    if (status == LUA_ERRMEM && host.budget_.refused_memory()) over_memory_limit = true;
+}
+
+// Lua's own message, which stays when there is no memory for a better one, says neither what ran nor that there is a
+// limit.
+void LuaHost::Job::blame_memory_limit() noexcept {
+    try {
+        const std::size_t limit = host.runtime_.options.limits.memory_bytes;
+        error.message = in_words() + ": memory limit of " + std::to_string(limit) + " bytes reached";
+    } catch (...) {
+        return;
+    }
+}
+
 // ---- Inside Lua ----
 
 int LuaHost::Job::chunk_body(lua_State *L) {
     Job &job = argument(L);
     job.never_ran = true;
-    if (luaL_loadbuffer(L, job.code.data(), job.code.size(), job.chunk_name) != 0) return lua_error(L);
+    const int status = luaL_loadbuffer(L, job.code.data(), job.code.size(), job.chunk_name);
+    job.find_cause(status);
+    if (status != 0) return lua_error(L);
     job.never_ran = false;
     lua_call(L, 0, 0);
     return 0;
@@ -271,6 +301,7 @@ int LuaHost::protect(lua_State *L) {
     job.host.budget_.restore_memory_bound();
     const int status = lua_pcall(L, 1, 0, collector + 1);
     job.failed = status != 0;
+    job.find_cause(status);
     if (status == LUA_ERRMEM) job.host.make_room(L, collector); // what the script alone held is of no use any more
     if (job.failed) job.describe_error(L);
     return 0;
@@ -290,10 +321,12 @@ bool LuaHost::call_protected(Job &job) noexcept {
 }
 
 bool LuaHost::perform(Job &job) {
+    const Runtime::Activity activity(runtime_, runtime_.options.activity ? job.in_words() : std::string());
     const int holds = runtime_.data.hold_depth();
     if (depth_++ == 0) budget_.begin(state_);
     const bool succeeded = call_protected(job);
     if (--depth_ == 0) budget_.end();
+    if (job.over_memory_limit) job.blame_memory_limit();
     if (!succeeded) report(std::move(job.error));
     restore_holds(holds);
     if (depth_ == 0) runtime_.model.reclaim();

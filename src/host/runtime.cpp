@@ -30,6 +30,16 @@ Runtime::Runtime(const ApplicationDescription &application, Options run_options)
 
 Runtime::~Runtime() { take_down(); }
 
+Runtime::Activity::Activity(Runtime &runtime, std::string what)
+    : runtime_(runtime), before_(std::exchange(runtime.activity, std::move(what))) {
+    if (runtime_.options.activity) runtime_.options.activity(runtime_.activity);
+}
+
+Runtime::Activity::~Activity() {
+    runtime_.activity = std::move(before_);
+    if (runtime_.options.activity) runtime_.options.activity(runtime_.activity);
+}
+
 StartResult Runtime::start() {
     if (started || stopped) {
         start_failure = "An application can be started once only";

@@ -41,16 +41,30 @@ struct Runtime {
     // Closes a bracket of the data manager for callers who can bear no exception.
     void release_changes() noexcept;
 
+    // Tells whoever asked to know it what the application is at, for as long as the object lives.
+    class Activity {
+    public:
+        Activity(Runtime &runtime, std::string what);
+        ~Activity();
+        Activity(const Activity &) = delete;
+        Activity &operator=(const Activity &) = delete;
+
+    private:
+        Runtime &runtime_;
+        std::string before_;
+    };
+
     // Counts the host's calls into the application, during which it cannot be taken down.
     class Use {
     public:
-        explicit Use(Runtime &runtime) noexcept : runtime_(runtime) { ++runtime_.uses; }
+        explicit Use(Runtime &runtime) : runtime_(runtime), activity_(runtime, "the application") { ++runtime_.uses; }
         ~Use() { --runtime_.uses; }
         Use(const Use &) = delete;
         Use &operator=(const Use &) = delete;
 
     private:
         Runtime &runtime_;
+        Activity activity_;
     };
 
     ApplicationDescription description;
@@ -66,6 +80,7 @@ struct Runtime {
     PluginLoader plugins;
     EventHandlers handlers;
     std::string start_failure;
+    std::string activity; // what the application is at
     bool started = false;
     bool stopped = false;
     int uses = 0;

@@ -325,10 +325,26 @@ TEST_CASE("a slow __tostring of an error object counts against the limit") {
 
 TEST_CASE("a script that eats memory ends at the limit") {
     ScriptedApplication app(with_limits(0, 2'000'000));
-    CHECK(app.error_of("local t = {} while true do t[#t + 1] = string.rep('x', 1000) .. #t end")
-          == "not enough memory");
-    CHECK(app.error_of("local s = 'x' while true do s = s .. s end") == "not enough memory");
+    const std::string message = "code \"test\": memory limit of 2000000 bytes reached";
+    CHECK(app.error_of("local t = {} while true do t[#t + 1] = string.rep('x', 1000) .. #t end") == message);
+    CHECK(app.error_of("local s = 'x' while true do s = s .. s end") == message);
     CHECK(app.run("z = string.rep('x', 100000)"));
+}
+
+TEST_CASE("the memory limit's error names the handler that went over it") {
+    ScriptedApplication app(with_limits(0, 1'000'000),
+                            with_handlers({handler("grow", "main.ok", "grow"), handler("grow", "", "grow")}));
+    CHECK(app.run("function grow() local t = {} while true do t = {t} end end"));
+    app.runtime.io.trigger("grow", "main.ok");
+    CHECK(app.take_log()
+          == "error: handler \"grow\" for \"grow\" of \"main.ok\": memory limit of 1000000 bytes reached\n"
+             "error: handler \"grow\" for \"grow\": memory limit of 1000000 bytes reached");
+}
+
+TEST_CASE("an error that a script raises itself is not blamed on the memory limit") {
+    ScriptedApplication app(with_limits(0, 1'000'000));
+    CHECK(app.error_of("local grown = pcall(string.rep, 'x', 5000000) error('not enough memory', 0)")
+          == "not enough memory");
 }
 
 TEST_CASE("memory that was freed can be used again") {
@@ -345,8 +361,9 @@ TEST_CASE("a script that catches the memory error goes on within the limit") {
 
 TEST_CASE("a state that is full does not fail the host's own use of it") {
     ScriptedApplication app(with_limits(0, 1'000'000));
-    CHECK(app.error_of("while true do hoard = {hoard} end") == "not enough memory"); // in small pieces, to the last
-    CHECK(app.error_of("x = {}") == "not enough memory");
+    const std::string message = "code \"test\": memory limit of 1000000 bytes reached";
+    CHECK(app.error_of("while true do hoard = {hoard} end") == message); // in small pieces, to the last
+    CHECK(app.error_of("x = {}") == message);
     lua_newuserdata(app.state(), 2'000'000);
     lua_setglobal(app.state(), "hoard");
     lua_pushnil(app.state());
@@ -374,7 +391,7 @@ TEST_CASE("a failure is remembered where there is no memory to put its report to
 TEST_CASE("an error near the memory limit still has its message and traceback") {
     ScriptedApplication app(with_limits(0, 1'000'000));
     CHECK(app.error_of("hoard = {} pcall(function() while true do hoard[#hoard + 1] = {} end end) error('full', 0)")
-          == (lua_flavor::error_takes_memory ? "not enough memory" : "full"));
+          == (lua_flavor::error_takes_memory ? "code \"test\": memory limit of 1000000 bytes reached" : "full"));
     CHECK(app.runtime.lua.errors()[0].traceback
           == (lua_flavor::error_takes_memory
                   ? ""
@@ -385,7 +402,8 @@ TEST_CASE("an error object is described near the memory limit too") {
     ScriptedApplication app(with_limits(0, 1'000'000));
     CHECK(app.error_of("hoard = {} local object = {} pcall(function() while true do hoard[#hoard + 1] = {} end end) "
                        "error(object)")
-          == (lua_flavor::error_takes_memory ? "not enough memory" : "(error object is a table value)"));
+          == (lua_flavor::error_takes_memory ? "code \"test\": memory limit of 1000000 bytes reached"
+                                             : "(error object is a table value)"));
 }
 
 TEST_CASE("a finalizer that fails does not keep a script from running") {
@@ -397,6 +415,26 @@ TEST_CASE("a finalizer that fails does not keep a script from running") {
     CHECK(app.run("ran = true"));
     CHECK(app.take_log() == "warning: A finalizer failed: late");
     CHECK(app.value("ran") == "true");
+}
+
+// ---- Activity ----
+
+TEST_CASE("who asks is told what runs, and when nothing does any more") {
+    std::string told;
+    Options options;
+    options.activity = [&told](std::string_view what) { told.append(what).append(";"); };
+    ScriptedApplication app(options,
+                            with_handlers({handler("outer", "", "outer"), handler("inner", "main.ok", "inner")}));
+    CHECK(std::exchange(told, {}) == "the application;;");
+    CHECK(app.run("function outer() kel.queue_event('inner', 'main.ok') end function inner() error('x', 0) end"));
+    CHECK(std::exchange(told, {}) == "code \"test\";;");
+    const Runtime::Use use(app.runtime);
+    app.runtime.io.trigger("outer", {});
+    app.runtime.io.pump();
+    CHECK(std::exchange(told, {})
+          == "the application;handler \"outer\" for \"outer\";the application;"
+             "handler \"inner\" for \"inner\" of \"main.ok\";the application;");
+    app.take_log();
 }
 
 // ---- Handlers ----

@@ -53,6 +53,9 @@ struct Options {
     int log_level = KL_LOG_WARNING;               // lines above this level are dropped
     LogSink log;                                  // empty: standard error, "warning: text"
     std::function<void(std::string_view)> output; // what scripts print, line ends included; empty: standard output
+    // Told what the application is at whenever that changes, such as `handler "start" for "kel.started"`, and "" when
+    // it is at nothing any more. Must not throw.
+    std::function<void(std::string_view)> activity;
 };
 
 } // namespace kelhost
