@@ -93,12 +93,49 @@ void add_path(CLI::App &parser, std::string &path) {
         ->type_name("PATH");
 }
 
+std::string check_bound(const std::string &text) {
+    const bool is_number = !text.empty() && text.front() >= '0' && text.front() <= '9';
+    return is_number ? std::string() : "expected a number from 0 up, found \"" + text + "\"";
+}
+
+// "64M" -> "67108864"
+std::string to_bytes(std::string &text) {
+    const std::string found = text;
+    try {
+        if (check_bound(text).empty() && CLI::AsSizeValue(false)(text).empty()) return {};
+    } catch (const CLI::ParseError &) { // its message is a long list
+    }
+    return "expected a number of bytes such as 500k or 64M, found \"" + found + "\"";
+}
+
+// What bounds each script and each call of a handler; 0 is no bound.
+void add_limits(CLI::App &parser, SessionArguments &session) {
+    constexpr const char *group = "Bounds on scripts, 0 for none";
+    parser
+        .add_option("--max-instructions", session.limits.instructions,
+                    "End a script or a handler after so many instructions of Lua (default 100000000)")
+        ->type_name("N")
+        ->check(CLI::Validator(check_bound, ""))
+        ->group(group);
+    parser.add_option("--max-memory", session.limits.memory_bytes, "Most memory that Lua may use (default 256M)")
+        ->type_name("BYTES")
+        ->transform(CLI::Validator(to_bytes, ""))
+        ->group(group);
+    parser
+        .add_option("--timeout", session.timeout,
+                    "End kel when a script, or an event with all that it brings about, takes longer (default 60)")
+        ->type_name("SECONDS")
+        ->check(CLI::Validator(check_bound, ""))
+        ->group(group);
+}
+
 void add_session_options(CLI::App &parser, SessionArguments &session) {
     parser.add_option("--log-level", session.log_level, "Show log lines down to this level (default warning)")
         ->type_name("LEVEL")
         ->check(CLI::Validator(check_log_level, ""));
     parser.add_option("--plugin", session.plugin, "The keldom plug-in, instead of the one near the tool")
         ->type_name("FILE");
+    add_limits(parser, session);
 }
 
 // An option that can be given several times, with one value each time.

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <kelhost/options.h>
+
 namespace kelhost {
 
 enum ExitStatus : int {
@@ -18,6 +20,9 @@ struct SessionArguments {
     std::string path; // of the application
     std::string log_level = "warning";
     std::string plugin; // "" for the one near the tool
+    // Beyond what a handler needs, and reached in seconds by one that does not end. The instructions stop it first.
+    Limits limits{.instructions = 100'000'000, .memory_bytes = std::size_t{256} * 1024 * 1024};
+    double timeout = 60; // seconds for a script or an event, with all that it brings about; 0 is no bound
 };
 
 struct RunArguments {

@@ -9,7 +9,8 @@
 namespace kelhost {
 
 Session::Session(const SessionArguments &arguments)
-    : arguments_(arguments), level_(log_level_from_name(arguments.log_level).value_or(KL_LOG_WARNING)) {
+    : arguments_(arguments), level_(log_level_from_name(arguments.log_level).value_or(KL_LOG_WARNING)),
+      watchdog_(arguments.timeout) {
     set_host_log_sink([this](const LogEntry &entry) {
         if (entry.level == KL_LOG_ERROR || entry.level == KL_LOG_WARNING) ++host_warnings_;
         if (entry.level <= level_) report_log(entry);
@@ -27,6 +28,8 @@ bool Session::load() {
     options.log_level = level_;
     options.log = report_log;
     options.output = print;
+    options.limits = arguments_.limits;
+    options.activity = [this](std::string_view what) { watchdog_.tell(what); };
     if (search.plugin) options.plugins.push_back(*search.plugin);
     Diagnostics faults;
     app_ = Application::load(arguments_.path, std::move(options), faults);

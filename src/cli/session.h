@@ -9,6 +9,8 @@
 
 #include <kelhost/application.h>
 
+#include "watchdog.h"
+
 namespace kelhost {
 
 class Session {
@@ -37,6 +39,7 @@ private:
 
     const SessionArguments arguments_;
     const int level_; // least important one that is shown
+    Watchdog watchdog_;
     std::unique_ptr<Application> app_;
     std::size_t host_warnings_ = 0; // in lines that no application wrote
 };

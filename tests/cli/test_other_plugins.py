@@ -2,7 +2,9 @@
 
 import os
 import shlex
+import signal
 import subprocess
+import unittest.mock
 
 from kel_tool import BAD_INPUT, FAILED, PROJECT, SUCCEEDED, ToolTest
 
@@ -37,6 +39,11 @@ class OtherPlugins(ToolTest):
     def test_a_plugin_that_refuses_to_start(self):
         self.assertResult(self.run_with_plugin("return 1;"), BAD_INPUT,
                           err='error: Cannot load plug-in "./small.so": init returned 1, expected 0\n')
+
+    def test_a_plugin_that_crashes_is_not_taken_for_a_script_that_overflows_the_stack(self):
+        with unittest.mock.patch.dict(os.environ, ASAN_OPTIONS="handle_segv=0"): # no report that takes its place
+            result = self.run_with_plugin("volatile int *nowhere = NULL; return *nowhere;")
+        self.assertResult(result, -signal.SIGSEGV)
 
     LOG = 'kel_app_log(NULL, KL_LOG_WARNING, "w"); kel_app_log(NULL, KL_LOG_INFO, "i"); return 0;'
 

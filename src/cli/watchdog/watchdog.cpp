@@ -1,0 +1,147 @@
+// watchdog.cpp: a thread that waits for the end of the time allowed or for a stack overflow, then ends the process.
+#include "../watchdog.h"
+
+#include "../output.h"
+#include "stack_overflow.h"
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include <semaphore.h>
+
+namespace kelhost {
+
+namespace {
+
+using Nanoseconds = std::int64_t; // of the clock that nobody sets
+
+constexpr Nanoseconds second = 1'000'000'000;
+constexpr double longest_bound = 1e9; // seconds: 30 years, and no number here overflows
+
+Nanoseconds now() {
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return time.tv_sec * second + time.tv_nsec;
+}
+
+timespec to_timespec(Nanoseconds time) {
+    timespec result = {};
+    result.tv_sec = static_cast<time_t>(time / second);
+    result.tv_nsec = static_cast<long>(time % second);
+    return result;
+}
+
+Nanoseconds to_nanoseconds(double seconds) {
+    const bool bounded = seconds > 0 && seconds < longest_bound;
+    return static_cast<Nanoseconds>((bounded ? seconds : longest_bound) * static_cast<double>(second));
+}
+
+std::string in_words(double seconds) {
+    char number[32] = {};
+    static_cast<void>(std::snprintf(number, sizeof number, "%g", seconds));
+    return std::string(number) + (seconds == 1 ? " second" : " seconds");
+}
+
+// A thread that prints holds standard output for a moment at a time; one that nobody reads from, for ever.
+bool take_standard_output() {
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        if (ftrylockfile(stdout) == 0) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
+// Not through exit(), which would take down what is in use.
+[[noreturn]] void end_process(const std::string &message) {
+    if (take_standard_output())
+        report_error(message);
+    else
+        static_cast<void>(std::fprintf(stderr, "error: %s\n", message.c_str()));
+    std::_Exit(EXIT_FAILURE);
+}
+
+struct Semaphore {
+    Semaphore() { sem_init(&semaphore, 0, 0); }
+    ~Semaphore() { sem_destroy(&semaphore); }
+    Semaphore(const Semaphore &) = delete;
+    Semaphore &operator=(const Semaphore &) = delete;
+
+    void post() { sem_post(&semaphore); }
+
+    // False when the time came first.
+    bool wait_until(Nanoseconds time) {
+        const timespec end = to_timespec(time);
+        int result = 0;
+        do result = sem_clockwait(&semaphore, CLOCK_MONOTONIC, &end);
+        while (result != 0 && errno == EINTR);
+        return result == 0;
+    }
+
+    sem_t semaphore;
+};
+
+} // namespace
+
+struct Watchdog::Guard {
+    explicit Guard(double most) : seconds(most), bound(to_nanoseconds(most)), thread([this] { watch(); }) {}
+    ~Guard() {
+        done = true;
+        alarm.post();
+        thread.join();
+    }
+    Guard(const Guard &) = delete;
+    Guard &operator=(const Guard &) = delete;
+
+    void watch();
+    std::string what_runs() {
+        const std::lock_guard lock(guards_activity);
+        return activity;
+    }
+
+    const double seconds;
+    const Nanoseconds bound;
+    std::atomic<bool> done = false;
+    std::atomic<Nanoseconds> busy_since = 0; // 0 when it is not
+    std::mutex guards_activity;
+    std::string activity;
+    Semaphore alarm; // the end of the watch, or a stack overflow
+    StackOverflowAlarm overflow{alarm.semaphore};
+    std::thread thread; // last: it uses all the others
+};
+
+// Nobody has to wake it when the process becomes busy: what began while it slept has time left when it wakes.
+void Watchdog::Guard::watch() {
+    Nanoseconds end = now() + bound;
+    while (!alarm.wait_until(end)) {
+        const Nanoseconds since = busy_since;
+        const Nanoseconds time = now();
+        if (since != 0 && time >= since + bound)
+            end_process("timed out after " + in_words(seconds) + ", while " + what_runs() + " was running");
+        end = (since != 0 ? since : time) + bound;
+    }
+    if (!done) end_process("C stack overflow inside a library function, while " + what_runs() + " was running");
+}
+
+Watchdog::Watchdog(double seconds) : guard_(std::make_unique<Guard>(seconds)) {}
+
+Watchdog::~Watchdog() = default;
+
+void Watchdog::tell(std::string_view activity) {
+    if (activity.empty()) {
+        guard_->busy_since = 0;
+        return;
+    }
+    if (guard_->busy_since == 0) guard_->busy_since = now();
+    const std::lock_guard lock(guard_->guards_activity);
+    guard_->activity = activity;
+}
+
+} // namespace kelhost

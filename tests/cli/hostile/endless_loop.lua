@@ -1,0 +1,2 @@
+-- Does not end.
+while true do end

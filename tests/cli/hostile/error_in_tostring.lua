@@ -1,0 +1,2 @@
+-- Fails with an error whose text fails.
+error(setmetatable({}, { __tostring = function() error("again") end }))

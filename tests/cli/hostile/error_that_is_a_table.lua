@@ -1,0 +1,2 @@
+-- Fails with no text.
+error({ code = 7 })

@@ -1,0 +1,2 @@
+-- Fails with nothing at all.
+error()
