@@ -42,9 +42,10 @@ Examples:
   kel run examples/thermostat --script examples/thermostat/extra/look_around.lua
   kel run examples/thermostat --exec 'print(keldom.get_object("week.plan"))' --strict
   kel run examples/thermostat --log-level trace2 2>log.txt
+  kel run examples/thermostat --watch --event press:climate.target.warmer
 
 Exit status: 0 success; 1 a script, a handler or a piece of code failed, or with --strict a warning was logged;
-2 bad usage or bad input.)";
+2 bad usage or bad input. With --watch 0 in any case.)";
 
 constexpr const char *check_footer = R"(Examples:
   kel check examples/thermostat
@@ -155,6 +156,7 @@ Command add_run_command(CLI::App &tool) {
         ->type_name("NAME[:TARGET]")
         ->check(CLI::Validator(check_event, ""));
     parser->add_flag("--strict", arguments->strict, "Fail when a warning is logged");
+    parser->add_flag("--watch", arguments->watch, "Run again when the application or a script changes, until Ctrl-C");
     add_session_options(*parser, arguments->session);
     parser->footer(run_footer);
     return {parser, [arguments] { return run(*arguments); }};

@@ -31,6 +31,7 @@ struct RunArguments {
     std::vector<std::string> code;
     std::vector<std::string> events; // "NAME" or "NAME:TARGET"
     bool strict = false;
+    bool watch = false; // run again when a file changes
 };
 
 struct CheckArguments {
