@@ -1,6 +1,6 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance pictures build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck coverage lint bench install package check-package clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance pictures build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck soak check-soak coverage lint bench install package check-package clean deps build-dev build-m7 build-release cases
 
 # Builds share the objects that their settings leave alike, whichever folder they are built in.
 export CCACHE_NOHASHDIR := 1
@@ -61,6 +61,14 @@ pictures: deps build-release ## Draw the screens of the thermostat that README.m
 
 test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called
 	tools/test-apicheck
+
+soak: deps ## Call the thermostat's handlers a million times and find whether anything grows (three minutes)
+	cmake --preset release -B build/soak -DKEL_BUILD_TESTS=ON && cmake --build build/soak --target soak luakeldom
+	build/soak/bin/soak examples/thermostat build/soak/lib/luakeldom.so 1000000 tests/soak/more_work.lua
+
+check-soak: deps ## The same for a few seconds, with sanitizers, and whether it finds what grows
+	cmake --preset dev && cmake --build --preset dev --target soak luakeldom
+	ctest --preset dev -R '^soak[.]'
 
 coverage: deps ## Show which lines and branches of the plug-in the tests do not reach
 	cmake --preset coverage && cmake --build --preset coverage

@@ -55,9 +55,13 @@ FATAL = {
     "endless_pattern": ("before\n", 'timed out after 1 second, while script "endless_pattern.lua" was running'),
     "endless_calls_of_load":
         ("", 'timed out after 1 second, while script "endless_calls_of_load.lua" was running'),
-    "deep_pattern": ("before\n", "C stack overflow inside a library function, while script \"deep_pattern.lua\" "
-                                 "was running"),
+    "deep_pattern":
+        ("", 'C stack overflow inside a library function, while script "deep_pattern.lua" was running'),
 }
+if ON_LUAJIT: # it bounds the depth of patterns itself, and asks a function for its code once
+    del FATAL["deep_pattern"], FATAL["endless_calls_of_load"]
+    CAUGHT["endless_calls_of_load"] = ""
+    SURVIVED["deep_pattern"] = "deep_pattern.lua:2: pattern too complex"
 
 
 def without_tracebacks(text):
@@ -118,10 +122,10 @@ class Bounds(LimitsTest):
         self.assertResult(result, SUCCEEDED)
 
     def test_0_is_no_bound(self):
-        code = "s = 'x' while #s < 2^29 do s = s .. s end for i = 1, 110e6 do end print(#s)"
+        code = "s = 'x' while #s < 2^28 do s = s .. s end for i = 1, 110e6 do end print(#s)"
         result = self.kel("run", "demo", "--max-instructions", "0", "--max-memory", "0", "--timeout", "0",
                           "--exec", code)
-        self.assertResult(result, SUCCEEDED, "536870912\n")
+        self.assertResult(result, SUCCEEDED, "268435456\n")
 
     def test_memory_has_units(self):
         for bound, bytes_ in (("2000000", 2000000), ("600k", 600 * 1024), ("3M", 3 << 20), ("3mb", 3 << 20)):
