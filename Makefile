@@ -62,7 +62,7 @@ pictures: deps build-release ## Draw the screens of the thermostat that README.m
 test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called
 	tools/test-apicheck
 
-soak: deps ## Call the thermostat's handlers a million times and find whether anything grows (three minutes)
+soak: deps ## Call the thermostat's handlers a million times and find whether anything grows (a minute)
 	cmake --preset release -B build/soak -DKEL_BUILD_TESTS=ON && cmake --build build/soak --target soak luakeldom
 	build/soak/bin/soak examples/thermostat build/soak/lib/luakeldom.so 1000000 tests/soak/more_work.lua
 
