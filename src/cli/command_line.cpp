@@ -26,8 +26,9 @@ constexpr const char *tool_footer = R"(Examples:
   kel run examples/thermostat --event press:climate.target.warmer
   kel check examples/thermostat
   kel snapshot examples/thermostat -o home.png
+  kel test examples/thermostat
 
-Exit status: 0 success; 1 a script failed; 2 bad usage or bad input.
+Exit status: 0 success; 1 a script or a test failed; 2 bad usage or bad input.
 'kel COMMAND --help' tells more about a command.)";
 
 constexpr const char *run_footer =
@@ -68,6 +69,21 @@ Examples:
 
 Exit status: 0 success; 1 a script or a handler failed, but the picture is written; 2 bad usage or bad input, and no
 picture is written.)";
+
+constexpr const char *test_footer =
+    R"(Runs the files with busted, each with a fresh application: it is loaded and started, the file runs next to it, it
+is stopped. Without FILES, those are tests/*_spec.lua in the application's folder. docs/testing.md says what a test
+file can use.
+
+Examples:
+  kel test examples/thermostat
+  kel test examples/thermostat examples/thermostat/tests/climate_spec.lua
+  kel test examples/thermostat --filter "child lock"
+  kel test examples/thermostat --update-snapshots
+  kel test examples/thermostat --format junit --output results.xml
+
+Exit status: 0 all tests passed; 1 a test, a test file or the application's start failed, or no test was found;
+2 bad usage or bad input.)";
 
 struct Command {
     CLI::App *parser = nullptr;          // the subcommand; owned by the whole command line
@@ -198,6 +214,29 @@ Command add_snapshot_command(CLI::App &tool) {
     return {parser, [arguments] { return snapshot(*arguments); }};
 }
 
+Command add_test_command(CLI::App &tool) {
+    CLI::App *parser = tool.add_subcommand("test", "Run the tests of an application");
+    const auto arguments = std::make_shared<TestArguments>();
+    add_path(*parser, arguments->session.path);
+    parser->add_option("FILES", arguments->files, "Test files, or folders of *_spec.lua")->type_name("PATH");
+    parser->add_option("--format", arguments->format, "terminal (default), tap or junit")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"terminal", "tap", "junit"}).description(""));
+    parser->add_option("--output", arguments->output, "Write the JUnit report to a file, and show the terminal's")
+        ->type_name("FILE");
+    parser->add_option("--filter", arguments->filter, "Run the tests whose full names match a Lua pattern")
+        ->type_name("PATTERN");
+    parser->add_flag("--list", arguments->list, "List the tests instead of running them");
+    parser->add_flag("--update-snapshots", arguments->update_snapshots, "Store what screens show as the new snapshots");
+    add_session_options(*parser, arguments->session);
+    parser->footer(test_footer);
+    parser->final_callback([arguments] {
+        if (!arguments->output.empty() && arguments->format != "junit")
+            throw CLI::ValidationError("--output", "is for --format junit");
+    });
+    return {parser, [arguments] { return test(*arguments); }};
+}
+
 ExitStatus report_usage_error(const std::string &message, const CLI::App &tool) {
     const auto chosen = tool.get_subcommands();
     const std::string command = chosen.empty() ? "kel" : "kel " + chosen.front()->get_name();
@@ -214,7 +253,8 @@ ExitStatus execute_command_line(int argc, char **argv) {
     tool.set_help_flag("-h,--help", "Print this help and exit");
     tool.require_subcommand(0, 1); // none is reported below: the parser would say so of a misspelt one too
     tool.footer(tool_footer);
-    const std::vector<Command> commands = {add_run_command(tool), add_check_command(tool), add_snapshot_command(tool)};
+    const std::vector<Command> commands = {add_run_command(tool), add_check_command(tool), add_snapshot_command(tool),
+                                           add_test_command(tool)};
     try {
         tool.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

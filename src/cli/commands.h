@@ -47,8 +47,19 @@ struct SnapshotArguments {
     bool outline = false;
 };
 
+struct TestArguments {
+    SessionArguments session;
+    std::vector<std::string> files; // and folders; none for those of the application
+    std::string format = "terminal";
+    std::string output; // "" for none
+    std::string filter; // "" for none
+    bool list = false;
+    bool update_snapshots = false;
+};
+
 ExitStatus run(const RunArguments &arguments);
 ExitStatus check(const CheckArguments &arguments);
 ExitStatus snapshot(const SnapshotArguments &arguments);
+ExitStatus test(const TestArguments &arguments);
 
 } // namespace kelhost

@@ -15,10 +15,8 @@ namespace kelhost {
 
 namespace {
 
-constexpr const char *red = "\033[1;31m";
-constexpr const char *yellow = "\033[33m";
-constexpr const char *green = "\033[32m";
-constexpr const char *cyan = "\033[36m";
+// In the order of Color.
+constexpr const char *color_codes[] = {"\033[1;31m", "\033[33m", "\033[32m", "\033[36m", "\033[35m"};
 
 bool wants_colors(std::FILE *stream) {
     const char *no_color = std::getenv("NO_COLOR");
@@ -34,21 +32,21 @@ void write(std::FILE *stream, std::string_view text) {
 }
 
 // Standard output goes first, so that both streams, sent to one place, keep the order in which things happened.
-void begin_report() { static_cast<void>(std::fflush(stdout)); }
+void begin_report() { show_output(); }
 
 void end_report() {
     write(stderr, "\n");
     static_cast<void>(std::fflush(stderr));
 }
 
-void write_colored(std::FILE *stream, const char *color, std::string_view text) {
+void write_colored(std::FILE *stream, Color color, std::string_view text) {
     if (!wants_colors(stream)) return write(stream, text);
-    write(stream, color);
+    write(stream, color_codes[static_cast<std::size_t>(color)]);
     write(stream, text);
     write(stream, "\033[0m");
 }
 
-void report_labelled(const char *color, std::string_view label, std::string_view text) {
+void report_labelled(Color color, std::string_view label, std::string_view text) {
     begin_report();
     write_colored(stderr, color, label);
     write(stderr, ": ");
@@ -56,16 +54,22 @@ void report_labelled(const char *color, std::string_view label, std::string_view
     end_report();
 }
 
-const char *color_of(int level) {
-    if (level == KL_LOG_ERROR) return red;
-    return level == KL_LOG_WARNING ? yellow : cyan;
+Color color_of(int level) {
+    if (level == KL_LOG_ERROR) return Color::red;
+    return level == KL_LOG_WARNING ? Color::yellow : Color::cyan;
 }
 
 } // namespace
 
 void print(std::string_view text) { write(stdout, text); }
 
-void print_success(std::string_view text) { write_colored(stdout, green, text); }
+void print_colored(Color color, std::string_view text) { write_colored(stdout, color, text); }
+
+void print_success(std::string_view text) { print_colored(Color::green, text); }
+
+bool writes_to_terminal() { return isatty(fileno(stdout)) != 0; }
+
+void show_output() { static_cast<void>(std::fflush(stdout)); }
 
 bool finish_output() {
     const std::string reason = std::fflush(stdout) == 0 ? std::string() : std::string(": ") + std::strerror(errno);
@@ -80,9 +84,9 @@ void report_line(std::string_view text) {
     end_report();
 }
 
-void report_error(std::string_view text) { report_labelled(red, "error", text); }
+void report_error(std::string_view text) { report_labelled(Color::red, "error", text); }
 
-void report_note(std::string_view text) { report_labelled(cyan, "note", text); }
+void report_note(std::string_view text) { report_labelled(Color::cyan, "note", text); }
 
 void report_log(const LogEntry &entry) {
     report_labelled(color_of(entry.level), log_level_name(entry.level), entry.text);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -11,10 +12,15 @@
 
 namespace kelhost {
 
+enum class Color : std::uint8_t { red, yellow, green, cyan, magenta };
+
 // Standard output.
-void print(std::string_view text);         // as it is
-void print_success(std::string_view text); // as it is, green; no line end of its own
-bool finish_output();                      // false, after an error message, when not everything could be written
+void print(std::string_view text);                      // as it is
+void print_colored(Color color, std::string_view text); // as it is; no line end of its own
+void print_success(std::string_view text);              // green
+bool writes_to_terminal();
+void show_output();   // what was printed up to now, to whoever watches
+bool finish_output(); // false, after an error message, when not everything could be written
 
 // Standard error; each call writes whole lines.
 void report_line(std::string_view text);

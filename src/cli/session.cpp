@@ -1,16 +1,15 @@
 // session.cpp: from the command line's words to a running application and back to an exit status.
 #include "session.h"
 
-#include "output.h"
 #include "plugin_path.h"
 
 #include <utility>
 
 namespace kelhost {
 
-Session::Session(const SessionArguments &arguments)
+Session::Session(const SessionArguments &arguments, SessionSinks sinks)
     : arguments_(arguments), level_(log_level_from_name(arguments.log_level).value_or(KL_LOG_WARNING)),
-      watchdog_(arguments.timeout) {
+      watchdog_(arguments.timeout), sinks_(std::move(sinks)) {
     set_host_log_sink([this](const LogEntry &entry) {
         if (entry.level == KL_LOG_ERROR || entry.level == KL_LOG_WARNING) ++host_warnings_;
         if (entry.level <= level_) report_log(entry);
@@ -26,8 +25,8 @@ bool Session::load() {
     const PluginSearch search = find_plugin(arguments_.plugin);
     Options options;
     options.log_level = level_;
-    options.log = report_log;
-    options.output = print;
+    options.log = sinks_.log;
+    options.output = sinks_.output;
     options.limits = arguments_.limits;
     options.activity = [this](std::string_view what) { watchdog_.tell(what); };
     if (search.plugin) options.plugins.push_back(*search.plugin);

@@ -3,9 +3,13 @@
 
 #include "commands.h"
 
+#include "output.h"
+
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <kelhost/application.h>
 
@@ -13,9 +17,15 @@
 
 namespace kelhost {
 
+// Where the lines go that an application logs and prints.
+struct SessionSinks {
+    LogSink log = report_log;
+    std::function<void(std::string_view)> output = print;
+};
+
 class Session {
 public:
-    explicit Session(const SessionArguments &arguments);
+    explicit Session(const SessionArguments &arguments, SessionSinks sinks = {});
     ~Session();
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
@@ -40,6 +50,7 @@ private:
     const SessionArguments arguments_;
     const int level_; // least important one that is shown
     Watchdog watchdog_;
+    const SessionSinks sinks_;
     std::unique_ptr<Application> app_;
     std::size_t host_warnings_ = 0; // in lines that no application wrote
 };

@@ -74,6 +74,12 @@ bool Application::run_code(std::string_view code, const std::string &chunk_name)
     return runtime_->lua.run_code(code, chunk_name);
 }
 
+bool Application::call(int (*function)(lua_State *L), void *argument) {
+    if (!runtime_->is_running()) return false;
+    const Runtime::Use use(*runtime_);
+    return runtime_->lua.call(function, argument);
+}
+
 Diagnostics Application::check_scripts() const {
     Diagnostics found;
     for (const std::string &script : runtime_->description.scripts) {

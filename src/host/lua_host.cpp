@@ -93,6 +93,9 @@ struct LuaHost::Job {
     // A chunk.
     std::string_view code{};
     const char *chunk_name = nullptr;
+    // A C function.
+    lua_CFunction callee = nullptr;
+    void *callee_argument = nullptr;
     // A handler.
     const HandlerDescription *handler = nullptr;
     const kl_event_t *event = nullptr;
@@ -104,6 +107,7 @@ struct LuaHost::Job {
 
     static Job &argument(lua_State *L) { return *static_cast<Job *>(lua_touserdata(L, 1)); }
     static int chunk_body(lua_State *L);
+    static int function_body(lua_State *L);
     static int handler_body(lua_State *L);
     void find_cause(int status) noexcept;
     std::string in_words() const;
@@ -191,6 +195,14 @@ int LuaHost::Job::chunk_body(lua_State *L) {
     if (status != 0) return lua_error(L);
     job.never_ran = false;
     lua_call(L, 0, 0);
+    return 0;
+}
+
+int LuaHost::Job::function_body(lua_State *L) {
+    const Job &job = argument(L);
+    lua_pushcfunction(L, job.callee);
+    lua_pushlightuserdata(L, job.callee_argument);
+    lua_call(L, 1, 0);
     return 0;
 }
 
@@ -397,6 +409,11 @@ bool LuaHost::run_chunk(std::string_view code, const std::string &chunk_name) {
         return false;
     }
     Job job{.host = *this, .body = Job::chunk_body, .code = code, .chunk_name = chunk_name.c_str()};
+    return perform(job);
+}
+
+bool LuaHost::call(lua_CFunction function, void *argument) {
+    Job job{.host = *this, .body = Job::function_body, .callee = function, .callee_argument = argument};
     return perform(job);
 }
 

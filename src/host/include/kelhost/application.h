@@ -69,6 +69,9 @@ public:
     bool run_script(const std::string &file);
     bool run_code(std::string_view code, const std::string &chunk_name);
 
+    // Calls a C function with `argument`, a light userdata, in the Lua state, under the same rules as a piece of code.
+    bool call(int (*function)(lua_State *L), void *argument);
+
     // Compiles every script of the application without running it; what does not compile is a diagnostic with its line.
     Diagnostics check_scripts() const;
 

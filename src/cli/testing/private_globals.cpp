@@ -1,0 +1,67 @@
+// private_globals.cpp: opens Lua's libraries in a thread whose table of globals is not the application's.
+// No object with a destructor lives here: Lua raises errors by longjmp.
+#include "private_globals.h"
+
+namespace kelhost {
+
+namespace {
+
+constexpr luaL_Reg libraries[] = {
+    {"",              luaopen_base   },
+    {LUA_IOLIBNAME,   luaopen_io     },
+    {LUA_OSLIBNAME,   luaopen_os     },
+    {LUA_DBLIBNAME,   luaopen_debug  },
+    {LUA_LOADLIBNAME, luaopen_package},
+    {nullptr,         nullptr        },
+};
+
+// Runs in the new thread. A library is registered in the globals, and in the table of loaded modules: with the
+// application's there, its reduced os library would be completed. Nothing else uses that table once an application
+// runs. The string library stays the application's, whose strings have it as their metatable.
+int open_libraries(lua_State *L) {
+    lua_newtable(L);
+    lua_setfield(L, LUA_REGISTRYINDEX, "_LOADED");
+    for (const luaL_Reg *library = libraries; library->func != nullptr; ++library) {
+        lua_pushcfunction(L, library->func);
+        lua_pushstring(L, library->name);
+        lua_call(L, 1, 0);
+    }
+    return 0;
+}
+
+// [-1, +0] Makes the table on top of L's stack the thread's globals.
+void set_globals(lua_State *L, lua_State *thread) {
+    lua_xmove(L, thread, 1);
+    lua_replace(thread, LUA_GLOBALSINDEX);
+}
+
+// [-0, +1] An empty table beneath which the globals of L show.
+void push_table_over_globals(lua_State *L) {
+    lua_newtable(L);
+    lua_createtable(L, 0, 1);
+    lua_pushvalue(L, LUA_GLOBALSINDEX);
+    lua_setfield(L, -2, "__index");
+    lua_setmetatable(L, -2);
+}
+
+} // namespace
+
+lua_State *push_thread_with_libraries(lua_State *L) {
+    lua_State *const thread = lua_newthread(L);
+    push_table_over_globals(L);
+    set_globals(L, thread);
+    lua_pushcfunction(thread, open_libraries); // has the thread's globals
+    if (lua_pcall(thread, 0, 0, 0) == 0) return thread;
+    lua_xmove(thread, L, 1);
+    lua_error(L);
+    return nullptr;
+}
+
+lua_State *push_thread_like(lua_State *L, lua_State *other) {
+    lua_State *const thread = lua_newthread(L);
+    lua_pushvalue(other, LUA_GLOBALSINDEX);
+    set_globals(other, thread);
+    return thread;
+}
+
+} // namespace kelhost
