@@ -3,8 +3,12 @@
 -- the instruction limit: only what the test file's author wrote is run through host.call, which counts.
 local host, make_helpers = ...
 
-local loaded, busted = pcall(function() return require("busted.core")() end)
-if not loaded then return tostring(busted) end
+for _, module in ipairs({ "busted.core", "busted", "busted.execute", "busted.modules.filter_loader", "luassert" }) do
+  local found, why = pcall(require, module)
+  if not found then return tostring(why) end
+end
+
+local busted = require("busted.core")()
 
 -- ---- The environment of test files ----
 
@@ -31,7 +35,8 @@ local busted_folder = debug.getinfo(require("busted.core"), "S").source:match("^
 
 local function is_authors(frame)
   return frame.what ~= "C" and frame.what ~= "tail" and frame.source ~= "=kel_test" and frame.source ~= "=kel test"
-    and frame.source:sub(2, #busted_folder + 1) ~= busted_folder and not frame.source:find("luassert/.*%.lua$")
+    and frame.source:sub(2, #busted_folder + 1) ~= busted_folder
+    and not frame.source:find("luassert/.*%.lua$") and not frame.source:find("mediator%.lua$")
 end
 
 -- What is below the first C function is the tool and busted. A single line says no more than a message does.

@@ -103,7 +103,8 @@ bool TestRun::run_file() {
     }
     if (!missing_.empty()) {
         const std::string first_line = missing_.substr(0, missing_.find_first_of("\n"));
-        report_error("busted cannot be loaded: " + first_line + " install the package lua-busted");
+        const std::string reason = first_line.substr(0, first_line.find_last_not_of(':') + 1);
+        report_error("busted cannot be loaded: " + reason + "; install the package lua-busted");
         return false;
     }
     if (!broken_off_.empty()) add_error("the run of this file broke off: " + broken_off_);
