@@ -8,4 +8,6 @@ max_line_length = 120
 for _, module in ipairs({ "keldom", "kel", "os" }) do
   files["lua/" .. module .. ".lua"] = { globals = { module }, unused = false }
 end
+files["**/*_spec.lua"] = { read_globals = { "kel_test" } }
+files["src/cli/testing"] = { std = "lua51", globals = { "os", "print" } }
 files["tests/editor"] = { read_globals = { "debug", "CLASSES" } }

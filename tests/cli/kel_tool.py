@@ -5,6 +5,7 @@
 import json
 import os
 import pathlib
+import pty
 import subprocess
 import tempfile
 import unittest
@@ -59,6 +60,24 @@ class ToolTest(unittest.TestCase):
             check=False,
         )
         return Result(completed)
+
+    def on_terminal(self, *arguments, **changes):
+        """Runs the tool on a terminal of its own. Returns its exit status and what the terminal received."""
+        controller, terminal = pty.openpty()
+        try:
+            process = subprocess.Popen([KEL, *arguments], cwd=self.folder, env=environment(**changes),
+                                       stdin=subprocess.DEVNULL, stdout=terminal, stderr=terminal)
+        finally:
+            os.close(terminal)
+        received = b""
+        try:
+            while chunk := os.read(controller, 4096):
+                received += chunk
+        except OSError:
+            pass  # how Linux tells that the last one has left the terminal
+        finally:
+            os.close(controller)
+        return process.wait(timeout=60), received.decode().replace("\r\n", "\n")
 
     def write(self, path, text):
         target = self.folder / path

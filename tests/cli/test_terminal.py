@@ -1,7 +1,5 @@
 # test_terminal.py: colours, which are for terminals alone.
 
-import os
-import pty
 import subprocess
 
 from kel_tool import FAILED, KEL, SUCCEEDED, ToolTest, environment
@@ -10,24 +8,6 @@ ESCAPE = "\033["
 
 
 class Colours(ToolTest):
-    def on_terminal(self, *arguments, **changes):
-        """Runs the tool on a terminal of its own. Returns its exit status and what the terminal received."""
-        controller, terminal = pty.openpty()
-        try:
-            process = subprocess.Popen([KEL, *arguments], cwd=self.folder, env=environment(**changes),
-                                       stdin=subprocess.DEVNULL, stdout=terminal, stderr=terminal)
-        finally:
-            os.close(terminal)
-        received = b""
-        try:
-            while chunk := os.read(controller, 4096):
-                received += chunk
-        except OSError:
-            pass  # how Linux tells that the last one has left the terminal
-        finally:
-            os.close(controller)
-        return process.wait(timeout=60), received.decode().replace("\r\n", "\n")
-
     WARN = ("run", "demo", "--exec", 'print("out") kel.log("careful", "warning") error("boom")')
 
     def test_none_when_not_on_a_terminal(self):

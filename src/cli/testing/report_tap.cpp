@@ -14,7 +14,7 @@ std::string description(const TestResult &result) {
     std::string text;
     for (const char character : result.name.empty() ? result.test_file : result.name) {
         if (character == '#') text += '\\';
-        text += character == '\n' || character == '\r' ? ' ' : character;
+        text += static_cast<unsigned char>(character) < ' ' ? ' ' : character;
     }
     return text;
 }

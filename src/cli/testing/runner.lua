@@ -106,9 +106,10 @@ end
 local function run_within_limits(run, element)
   local failed, value, trace = false, nil, nil
   local stopped = host.call(function()
-    xpcall(run, function(message)
-      failed, value, trace = true, message, busted.getTrace(element, 3)
+    local succeeded, message = xpcall(run, function(raised)
+      failed, value, trace = true, raised, busted.getTrace(element, 3)
     end)
+    if not succeeded and not failed then failed, value = true, message end -- memory is out: no handler is called
   end)
   if stopped and not failed then failed, value = true, stopped end
   local lines = take_unexpected()
