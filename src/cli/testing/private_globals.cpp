@@ -50,8 +50,7 @@ lua_State *push_thread_with_libraries(lua_State *L) {
     lua_State *const thread = lua_newthread(L);
     push_table_over_globals(L);
     set_globals(L, thread);
-    lua_pushcfunction(thread, open_libraries); // has the thread's globals
-    if (lua_pcall(thread, 0, 0, 0) == 0) return thread;
+    if (lua_cpcall(thread, open_libraries, nullptr) == 0) return thread; // with the thread's globals
     lua_xmove(thread, L, 1);
     lua_error(L);
     return nullptr;

@@ -67,7 +67,6 @@ private:
     std::optional<Value> value_;
     std::vector<std::string> names_;
     std::vector<LogLine> taken_;
-    TestResult result_;
 
     Session session_; // last: its application calls back until it is gone
 };
