@@ -14,5 +14,5 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS liblua5.1-0-dev) # to build with the headers and the host library
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "liblua5.1-0-dev, lua-busted") # to build with headers and host library; kel test
 include(CPack)

@@ -11,7 +11,7 @@ class Help(ToolTest):
 
     def test_help_names_the_commands_and_has_examples(self):
         self.check_help(self.kel("--help"), "check", "run", "--version", "Examples:\n  kel run examples/thermostat\n",
-                        "Exit status: 0 success; 1 a script failed; 2 bad usage or bad input.")
+                        "Exit status: 0 success; 1 a script or a test failed; 2 bad usage or bad input.")
 
     def test_help_of_run_names_every_option_and_has_examples(self):
         self.check_help(self.kel("run", "--help"), "--script FILE", "--exec CODE", "--event NAME[:TARGET]",
@@ -19,6 +19,10 @@ class Help(ToolTest):
 
     def test_help_of_check_has_examples(self):
         self.check_help(self.kel("check", "--help"), "Examples:\n  kel check examples/thermostat\n")
+
+    def test_help_of_test_names_every_option_and_has_examples(self):
+        self.check_help(self.kel("test", "--help"), "--format FORMAT", "--output FILE", "--filter PATTERN", "--list",
+                        "--update-snapshots", "Examples:\n  kel test examples/thermostat\n")
 
     def test_version_is_the_name_and_three_numbers(self):
         result = self.kel("--version")

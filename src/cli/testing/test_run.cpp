@@ -102,7 +102,7 @@ bool TestRun::run_file() {
         lua_pop(app().lua(), 1);
     }
     if (!missing_.empty()) {
-        const std::string first_line = missing_.substr(0, missing_.find_first_of("\n"));
+        const std::string first_line = missing_.substr(0, missing_.find('\n'));
         const std::string reason = first_line.substr(0, first_line.find_last_not_of(':') + 1);
         report_error("busted cannot be loaded: " + reason + "; install the package lua-busted");
         return false;
