@@ -4,8 +4,8 @@
 #include "../events.h"
 #include "../output.h"
 #include "../session.h"
+#include "../whole_file.h"
 #include "picture.h"
-#include "whole_file.h"
 
 namespace kelhost {
 

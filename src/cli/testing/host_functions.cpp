@@ -2,8 +2,8 @@
 // exception may reach it: a function keeps the objects that it works with in the run.
 #include "test_run.h"
 
-#include "display_list.h"
-#include "object_names.h"
+#include "../display_list.h"
+#include "../object_names.h"
 #include "private_globals.h"
 
 #include <iterator>

@@ -1,7 +1,7 @@
 // report_junit.cpp: results for programs that read JUnit's XML.
 #include "reports.h"
 
-#include "output.h"
+#include "../output.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // report_tap.cpp: results for programs that read the Test Anything Protocol.
 #include "reports.h"
 
-#include "output.h"
+#include "../output.h"
 
 #include <string_view>
 

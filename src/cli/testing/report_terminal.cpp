@@ -1,7 +1,7 @@
 // report_terminal.cpp: results for somebody who watches: the look of busted's own terminal output.
 #include "reports.h"
 
-#include "output.h"
+#include "../output.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,8 +1,8 @@
 // snapshots.cpp: finds, reads and writes a test file's snapshots.
 #include "snapshots.h"
 
+#include "../whole_file.h"
 #include "difference.h"
-#include "whole_file.h"
 
 #include <algorithm>
 #include <filesystem>

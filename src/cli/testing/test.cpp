@@ -1,11 +1,11 @@
 // test.cpp: `kel test`: runs test files, each with a fresh application, and tells of all of them in one report.
-#include "commands.h"
-#include "output.h"
+#include "../commands.h"
+#include "../output.h"
+#include "../session.h"
+#include "../whole_file.h"
 #include "reports.h"
-#include "session.h"
 #include "test_files.h"
 #include "test_run.h"
-#include "whole_file.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,8 +1,8 @@
 // test_files.cpp: looks into folders for test files.
 #include "test_files.h"
 
-#include "output.h"
-#include "readable.h"
+#include "../output.h"
+#include "../readable.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,9 +1,9 @@
 // test_run.h: one test file, run by busted in the Lua state of a fresh application.
 #pragma once
 
-#include "commands.h"
+#include "../commands.h"
+#include "../session.h"
 #include "results.h"
-#include "session.h"
 #include "snapshots.h"
 
 #include <functional>

@@ -1,4 +1,4 @@
-// whole_file.cpp: writes beside the file and renames: the system replaces a file by another in one step.
+// whole_file.cpp: reads a file, or writes beside it and renames: the system replaces a file by another in one step.
 #include "whole_file.h"
 
 #include <cerrno>
@@ -20,6 +20,23 @@ bool write_and_close(std::FILE *stream, const std::string &content) {
 }
 
 } // namespace
+
+std::optional<std::string> read_whole_file(const std::string &file, std::string &fault) {
+    std::FILE *stream = std::fopen(file.c_str(), "rb");
+    if (stream == nullptr) {
+        fault = std::strerror(errno);
+        return std::nullopt;
+    }
+    std::string content;
+    char part[4096];
+    errno = 0;
+    while (const std::size_t length = std::fread(part, 1, sizeof part, stream)) content.append(part, length);
+    const int reason = std::ferror(stream) != 0 ? errno : 0;
+    static_cast<void>(std::fclose(stream)); // nothing was written
+    if (reason == 0) return content;
+    fault = std::strerror(reason);
+    return std::nullopt;
+}
 
 std::string write_whole_file(const std::string &file, const std::string &content) {
     const std::string beside = file + "." + std::to_string(getpid()) + ".new";
