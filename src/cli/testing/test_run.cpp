@@ -53,7 +53,7 @@ bool TestRun::execute() {
     const bool ran = !report_lines("started") || run_file();
     session_.stop();
     report_lines("stopped");
-    report_unused_snapshots();
+    if (ran) report_unused_snapshots();
     return ran;
 }
 
