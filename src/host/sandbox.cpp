@@ -56,6 +56,25 @@ void keep_harmless_os(lua_State *L) {
     lua_pop(L, 2);
 }
 
+// The metatable of files is their method table too, so that a script could reach their finalizer through any file. Lua
+// runs finalizers in the midst of other calls, and no limit ends them. The methods get a table of their own.
+void open_io(lua_State *L) {
+    open(L, LUA_IOLIBNAME, luaopen_io);
+    luaL_getmetatable(L, LUA_FILEHANDLE);
+    lua_newtable(L);
+    for (lua_pushnil(L); lua_next(L, -3) != 0;) {
+        const std::string_view name = lua_tostring(L, -2);
+        lua_pushvalue(L, -2);
+        lua_insert(L, -2);
+        if (name.starts_with("__"))
+            lua_pop(L, 2);
+        else
+            lua_rawset(L, -4);
+    }
+    lua_setfield(L, -2, "__index");
+    lua_pop(L, 1);
+}
+
 // ---- Loaders of code ----
 
 // A chunk on its way to the compiler, piece by piece.
@@ -217,7 +236,7 @@ void open_libraries(lua_State *L, const Sandbox &sandbox) {
     if (!sandbox.bytecode) remove_field(L, LUA_STRLIBNAME, "dump");
     open(L, LUA_OSLIBNAME, luaopen_os);
     if (!sandbox.os) keep_harmless_os(L);
-    if (sandbox.io) open(L, LUA_IOLIBNAME, luaopen_io);
+    if (sandbox.io) open_io(L);
     if (sandbox.modules) open(L, LUA_LOADLIBNAME, luaopen_package);
     if (sandbox.debug)
         open(L, LUA_DBLIBNAME, luaopen_debug);

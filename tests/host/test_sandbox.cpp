@@ -1,5 +1,7 @@
 // test_sandbox.cpp: what scripts can reach, closed and opened: each way in and each way out.
+#include <initializer_list>
 #include <string>
+#include <utility>
 
 #include <doctest/doctest.h>
 
@@ -253,6 +255,139 @@ TEST_CASE("a userdata's metatable is out of reach unless debug or newproxy is op
         CHECK(app.value("getmetatable(1), getmetatable({}), getmetatable('').__index == string") == "nil\tnil\ttrue");
         CHECK(app.error_of("getmetatable()") == "test:1: bad argument #1 to 'getmetatable' (value expected)");
     }
+}
+
+TEST_CASE("a userdata offers scripts nothing but what its metatable's __index holds") {
+    ScriptedApplication app;
+    lua_State *const L = app.state();
+    lua_newuserdata(L, 1);
+    CHECK(luaL_loadstring(L, "local base = {__index = {name = function() return 'base' end}, __gc = print} "
+                             "return {__index = setmetatable({own = 1}, base), __gc = print, __metatable = base}")
+          == 0);
+    lua_call(L, 0, 1);
+    lua_setmetatable(L, -2);
+    lua_setglobal(L, "thing"); // made as plug-ins make handles: a method table inherits from another metatable
+    CHECK(app.value("thing.own, thing.name(), getmetatable(thing)") == "1\tbase\tnil");
+    CHECK(app.value("thing.__index, thing.__gc, thing.__metatable, thing._LOADED") == "nil\tnil\tnil\tnil");
+    for (const char *const attempt : {"setmetatable(thing, {})",
+                                      "setmetatable(thing, nil)",
+                                      "rawget(thing, '__gc')",
+                                      "rawset(thing, 'own', 2)",
+                                      "thing.own = 2",
+                                      "next(thing)",
+                                      "pairs(thing)",
+                                      "ipairs(thing)",
+                                      "unpack(thing)",
+                                      "table.insert(thing, 1)",
+                                      "table.sort(thing)",
+                                      "setfenv(thing, {})",
+                                      "getfenv(thing)",
+                                      "coroutine.create(thing)",
+                                      "coroutine.wrap(thing)",
+                                      "load(thing)",
+                                      "string.rep(thing, 2)",
+                                      "kel.set_value(thing, 1)",
+                                      "thing()",
+                                      "return #thing",
+                                      "return thing .. ''"}) {
+        CAPTURE(attempt);
+        CHECK(app.value(std::string("(pcall(loadstring[[") + attempt + "]]))") == "false");
+    }
+    CHECK(app.value("thing.own") == "1");
+    CHECK(app.run("thing = nil collectgarbage()")); // its finalizer is as it was
+    CHECK(app.take_output().starts_with("userdata: "));
+}
+
+TEST_CASE("no function of a closed sandbox gives a userdata, as a result or as an error") {
+    ScriptedApplication app;
+    CHECK(app.run(R"(
+        local given = {nil, true, -1, 99, 'x', '%a', {}, {1, 2}, type, function() end, coroutine.create(function() end)}
+        local found = {}
+        local function look(name, ...)
+            for i = 1, select('#', ...) do
+                if type((select(i, ...))) == 'userdata' then found[#found + 1] = name end
+            end
+        end
+        local libraries = {_G = _G, string = string, table = table, math = math, os = os, coroutine = coroutine, kel = kel}
+        local calls = 0
+        for library, functions in pairs(libraries) do
+            for name, called in pairs(functions) do
+                if type(called) == 'function' and called ~= print then
+                    for a = 1, 11 do
+                        for b = 1, 11 do
+                            calls = calls + 1
+                            look(library .. '.' .. name, pcall(called, given[a], given[b]))
+                        end
+                    end
+                end
+            end
+        end
+        print(#found, table.concat(found, ' '), calls > 5000)
+    )"));
+    CHECK(app.take_output() == "0\t\ttrue\n");
+    CHECK(app.take_log().find("error: test") == std::string::npos); // the rest is what keys and values were refused
+}
+
+TEST_CASE("a script that spoils the metatable of strings, or what it found there, spoils it for itself alone") {
+    auto description = small_application();
+    description.handlers.push_back({"press", "", "on_press"});
+    for (const char *const spoilt :
+         {"getmetatable('').__index = nil", "getmetatable('').__index = function() error('spoilt') end",
+          "for name in pairs(string) do string[name] = nil end", "getmetatable('').__metatable = 'gone'",
+          "getmetatable('').__concat = error", "getmetatable('').__call = error",
+          "setmetatable(string, {__index = error})", "table.concat = nil"}) {
+        CAPTURE(spoilt);
+        ScriptedApplication app({}, description);
+        CHECK(app.run(std::string(spoilt) + " function on_press(e) print(e.target) end"));
+        app.runtime.io.trigger("press", "main.ok");
+        CHECK(app.take_output() == "main.ok\n");
+        CHECK(app.error_of("error('plain')") == "test:1: plain");
+        CHECK(app.value("kel.get_value('title')") == "Hi");
+    }
+}
+
+TEST_CASE("a script that takes all globals away ends the scripts' work, not the host's") {
+    auto description = small_application();
+    description.handlers.push_back({"press", "", "on_press"});
+    for (const auto &[code, complaint] : std::initializer_list<std::pair<const char *, std::string>>{
+             {"setfenv(0, {})",                                                                        "no function \"on_press\", found nil"},
+             {"local clear, globals = next, _G for name in clear, globals do globals[name] = nil end",
+              "no function \"on_press\", found nil"                                                                                         },
+             {"setfenv(0, setmetatable({}, {__index = function() return 5 end}))",
+              "no function \"on_press\", found number"                                                                                      },
+    }) {
+        CAPTURE(code);
+        ScriptedApplication app({}, description);
+        CHECK(app.run("function on_press() end"));
+        CHECK(app.run(code));
+        app.runtime.io.trigger("press", "");
+        CHECK(app.take_log() == "error: handler for \"press\": " + complaint);
+        CHECK(app.error_of("nosuch()").starts_with("test:1: attempt to call global 'nosuch'"));
+        CHECK(kelhost::to_text(app.runtime.data.find("title")->value) == "Hi");
+    }
+}
+
+TEST_CASE("a coroutine gives a script nothing that the main chunk has not") {
+    ScriptedApplication app;
+    CHECK(app.value("coroutine.wrap(function() return getfenv(0) == _G, getfenv(1) == _G end)()") == "true\ttrue");
+    CHECK(app.value("coroutine.wrap(function() return loadstring('\\27Lua') end)()") == "nil\tbytecode is not allowed");
+    CHECK(app.value("coroutine.wrap(function() return string.dump, debug, newproxy, io end)()")
+          == "nil\tnil\tnil\tnil");
+    CHECK(app.run("coroutine.wrap(function() setfenv(0, {}) end)()")); // its own globals, not the main chunk's
+    CHECK(app.value("type(kel)") == "table");
+    CHECK(app.value("(pcall(setfenv, coroutine.create(function() end), {}))") == "false");
+}
+
+TEST_CASE("the metatable of files is out of reach when io is open, so nobody replaces their finalizer") {
+    TemporaryFolder folder;
+    const std::string file = folder.write("data.txt", "one\ntwo\n");
+    ScriptedApplication app(with({.io = true}));
+    CHECK(app.run("file = io.open('" + file + "')"));
+    CHECK(app.value("getmetatable(file), file.__index, file.__gc, file.__tostring") == "nil\tnil\tnil\tnil");
+    CHECK(app.value("(pcall(setmetatable, file, {})), (pcall(rawset, file, '__gc', print))") == "false\tfalse");
+    CHECK(app.value("file:read(), file:seek('cur'), file:lines()()") == "one\t4\ttwo");
+    CHECK(app.value("io.type(file), file:close(), io.type(file), tostring(file)")
+          == "file\ttrue\tclosed file\tfile (closed)");
 }
 
 TEST_CASE("the newproxy option opens newproxy") {
