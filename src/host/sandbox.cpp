@@ -109,7 +109,8 @@ const char *read_text(lua_State *L, void *data, std::size_t *length) {
 const char *read_from_function(lua_State *L, void *data, std::size_t *length) {
     luaL_checkstack(L, 2, "too many nested functions");
     lua_pushvalue(L, 1);
-    lua_call(L, 0, 1);
+    // Not left to lua_load: in LuaJIT an error of the instruction limit's would leave hooks off, and so the limit.
+    if (lua_pcall(L, 0, 1, 0) != 0) lua_error(L);
     *length = 0;
     if (lua_isnil(L, -1)) {
         lua_pop(L, 1);

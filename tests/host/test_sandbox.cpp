@@ -290,7 +290,7 @@ TEST_CASE("a userdata offers scripts nothing but what its metatable's __index ho
                                       "thing()",
                                       "return #thing",
                                       "return thing .. ''"}) {
-        CAPTURE(attempt);
+        CAPTURE(std::string(attempt));
         CHECK(app.value(std::string("(pcall(loadstring[[") + attempt + "]]))") == "false");
     }
     CHECK(app.value("thing.own") == "1");
@@ -336,7 +336,7 @@ TEST_CASE("a script that spoils the metatable of strings, or what it found there
           "for name in pairs(string) do string[name] = nil end", "getmetatable('').__metatable = 'gone'",
           "getmetatable('').__concat = error", "getmetatable('').__call = error",
           "setmetatable(string, {__index = error})", "table.concat = nil"}) {
-        CAPTURE(spoilt);
+        CAPTURE(std::string(spoilt));
         ScriptedApplication app({}, description);
         CHECK(app.run(std::string(spoilt) + " function on_press(e) print(e.target) end"));
         app.runtime.io.trigger("press", "main.ok");
@@ -356,7 +356,7 @@ TEST_CASE("a script that takes all globals away ends the scripts' work, not the 
              {"setfenv(0, setmetatable({}, {__index = function() return 5 end}))",
               "no function \"on_press\", found number"                                                                                      },
     }) {
-        CAPTURE(code);
+        CAPTURE(std::string(code));
         ScriptedApplication app({}, description);
         CHECK(app.run("function on_press() end"));
         CHECK(app.run(code));
