@@ -1,12 +1,13 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance pictures build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck soak check-soak coverage lint bench install package check-package clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance pictures build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck soak check-soak coverage lint bench install package check-package fuzz clean deps build-dev build-m7 build-release cases
 
 # Builds share the objects that their settings leave alike, whichever folder they are built in.
 export CCACHE_NOHASHDIR := 1
 
 PREFIX ?= /usr/local
 APP ?= examples/thermostat
+SECONDS ?= 60
 DEMO_EVENTS = press:climate.target.warmer press:climate.mode.cool press:climate.room.alerts press:climate.room.alerts \
 	press:preferences.brightness.card press:week.heading.holiday
 
@@ -69,6 +70,10 @@ soak: deps ## Call the thermostat's handlers a million times and find whether an
 check-soak: deps ## The same for a few seconds, with sanitizers, and whether it finds what grows
 	cmake --preset dev && cmake --build --preset dev --target soak luakeldom
 	ctest --preset dev -R '^soak[.]'
+
+fuzz: deps ## Look for inputs that break plug-in or host, with each fuzzer for SECONDS=60
+	cmake --preset fuzz && cmake --build --preset fuzz
+	nice -n 10 tests/fuzz/run $(SECONDS)
 
 coverage: deps ## Show which lines and branches of the plug-in the tests do not reach
 	cmake --preset coverage && cmake --build --preset coverage

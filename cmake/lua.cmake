@@ -36,9 +36,10 @@ elseif(KEL_LUA STREQUAL "source")
   target_compile_options(lua_from_source PRIVATE -w) # not ours to mend
   target_link_libraries(lua_from_source PRIVATE kel_sanitizers)
   if(KEL_SANITIZE)
-    # Lua counts on wrapping: ltable.c looks for the key of the smallest integer at that less one. On the sources, as these
-    # options come last.
-    set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS -fno-sanitize=signed-integer-overflow)
+    # Lua counts on wrapping: ltable.c looks for the key of the smallest integer at that less one. And it makes integers of
+    # numbers that none holds, to see that they are none. On the sources, as these options come last.
+    set_source_files_properties(${sources} PROPERTIES
+      COMPILE_OPTIONS "-fno-sanitize=signed-integer-overflow;-fno-sanitize=float-cast-overflow")
   endif()
   target_include_directories(kel_lua_headers SYSTEM INTERFACE ${folder}/src ${folder}/etc) # etc: lua.hpp
   target_link_libraries(kel_lua INTERFACE lua_from_source)
