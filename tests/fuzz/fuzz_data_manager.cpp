@@ -158,7 +158,7 @@ void Bench::require_same() {
             "another number of variables");
     for (const auto &[key, variable] : plain_.variables()) {
         const auto *ours = data_.find(key);
-        require(ours != nullptr, "no variable \"" + key + "\"");
+        if (ours == nullptr) return require(false, "no variable \"" + key + "\"");
         require(ours->type == variable.type, "\"" + key + "\" has type " + data_type_name(ours->type));
         require(fuzz::is_same(ours->value, variable.value), "\"" + key + "\" is " + kelhost::to_text(ours->value)
                                                                 + ", expected " + kelhost::to_text(variable.value));
