@@ -3,9 +3,7 @@
 import re
 
 
-
 def on_page_markdown(markdown, page, **_):
     """The manual stands alone: what links to the repository's other files is their name there."""
-    depth = page.file.src_path.count("/")
-    outward = re.compile(r"\[`?([^\]\[`]+)`?\]\((?:\.\./){" + str(depth + 1) + r"}[^)]*\)")
-    return outward.sub(r"`\1`", markdown)
+    out_of_docs = r"(?:\.\./){" + str(page.file.src_path.count("/") + 1) + "}"
+    return re.sub(r"\[`?([^\]\[`]+)`?\]\(" + out_of_docs + r"[^)]*\)", r"`\1`", markdown)

@@ -118,10 +118,12 @@ class Runner:
         if "not run" in marks:
             return None
         if "from" in marks:
-            whole = (PROJECT / marks["from"]).read_text(encoding="utf-8")
-            return None if stands_in(block.text, whole) else f"this does not stand in {marks['from']}"
+            if not stands_in(block.text, (PROJECT / marks["from"]).read_text(encoding="utf-8")):
+                return f"this does not stand in {marks['from']}"
         if "file" in marks:
             return self.write(block)
+        if "from" in marks:
+            return None
         rule = getattr(self, "run_" + block.language, None)
         if not rule:
             return f'no rule for a block in "{block.language}"; a mark "not run" has to say why it is only shown'

@@ -1,0 +1,7 @@
+describe("counter", function()
+  it("counts presses", function()
+    kel_test.press("main.plus")
+    kel_test.press("main.plus")
+    kel_test.expect_variable("main.number.text", "2")
+  end)
+end)
