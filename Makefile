@@ -1,6 +1,6 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance pictures build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck soak check-soak coverage lint bench install package check-package fuzz clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance pictures build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck soak check-soak coverage lint bench install package check-package fuzz docs clean deps build-dev build-m7 build-release cases
 
 # Builds share the objects that their settings leave alike, whichever folder they are built in.
 export CCACHE_NOHASHDIR := 1
@@ -89,6 +89,9 @@ bench: deps ## Measure start-up, and the time of each operation beside its floor
 	cmake --preset bench && cmake --build --preset bench
 	build/bench/bin/bench_host --benchmark_out=build/bench/host.json --benchmark_out_format=json
 	build/bench/bin/bench_operations --benchmark_out=build/bench/operations.json --benchmark_out_format=json
+
+docs: deps ## Build the manual, build/manual/index.html
+	PYTHONDONTWRITEBYTECODE=1 PYTHONWARNINGS=ignore mkdocs build --strict
 
 install: deps build-release ## Install below PREFIX=/usr/local; with DESTDIR=FOLDER, staged there
 	cmake --install build/release --prefix "$(or $(PREFIX),$(error PREFIX is empty, expected a folder))"
