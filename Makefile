@@ -91,7 +91,7 @@ bench: deps ## Measure start-up, and the time of each operation beside its floor
 	build/bench/bin/bench_operations --benchmark_out=build/bench/operations.json --benchmark_out_format=json
 
 docs: deps ## Build the manual, build/manual/index.html
-	PYTHONDONTWRITEBYTECODE=1 PYTHONWARNINGS=ignore mkdocs build --strict
+	PYTHONDONTWRITEBYTECODE=1 mkdocs build --strict
 
 install: deps build-release ## Install below PREFIX=/usr/local; with DESTDIR=FOLDER, staged there
 	cmake --install build/release --prefix "$(or $(PREFIX),$(error PREFIX is empty, expected a folder))"

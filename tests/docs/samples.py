@@ -3,7 +3,8 @@
 # Each page has a folder of its own, with copies of the examples; all its blocks work in that folder.
 #   lua      runs in the thermostat. It prints what its comments `--> text` say and logs what its comments
 #            `-- warning: text` say, in that order and nothing else; blanks that align do not count.
-#   console  each line `$ command` is run; what it writes is shown below it, but where a line `...` stands.
+#   console  each line `$ command` is run; what it writes is shown below it, but for lines and parts of lines
+#            in whose place `...` stands.
 #   json     is an application file without faults.
 #   sh       is a script that succeeds.
 #   c, cpp   compiles.
@@ -74,8 +75,10 @@ def stands_in(shown, whole):
 
 
 def matches(shown, written):
-    """Whether lines are those shown; a line `...` stands for any number of lines."""
-    pattern = "".join(r"(?:.*\n)*?" if line == "..." else re.escape(line) + r"\n" for line in shown.splitlines())
+    """Whether lines are those shown; `...` stands for any number of lines, or for a part of one."""
+    pattern = "".join(
+        r"(?:.*\n)*?" if line == "..." else ".*".join(map(re.escape, line.split("..."))) + r"\n"
+        for line in shown.splitlines())
     return re.fullmatch(pattern, written) is not None
 
 
@@ -89,12 +92,11 @@ def what_tool_offers():
 
 
 class Runner:
-    """Runs the blocks of one page. `faults` says what is not as shown: "12: expected ..."."""
+    """Runs the blocks of one page, in a folder that is empty."""
 
     def __init__(self, folder, offered):
         self.folder = pathlib.Path(folder)
         self.offered = offered
-        self.faults = []
         self.unchecked = {}  # application files, and the status that their check ends with
         self.own_output = {}  # of applications
         tools = self.folder / "bin"
@@ -106,12 +108,16 @@ class Runner:
                 shutil.copytree(PROJECT / name, self.folder / name)
 
     def run_page(self, text):
+        """Gives what is not as shown, one fault after the other, each with its line."""
+        line = 0
         for block in blocks_of(text):
+            line = block.line
             said = self.run_block(block)
             if said:
-                self.faults.append(f"{block.line}: {said}")
-        self.faults += filter(None, [self.check_applications()])
-        return self.faults
+                yield f"{line}: {said}"
+        said = self.check_applications()
+        if said:
+            yield f"{line}: {said}"
 
     def run_block(self, block):
         marks = block.marks

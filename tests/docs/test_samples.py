@@ -90,7 +90,7 @@ BROKEN = (
 class Pages(kel_tool.ToolTest):
     def faults_of(self, text):
         with tempfile.TemporaryDirectory(prefix="kel-page-") as folder:
-            return samples.Runner(folder, samples.what_tool_offers()).run_page(text)
+            yield from samples.Runner(folder, samples.what_tool_offers()).run_page(text)
 
     def test_samples_do_what_the_pages_say(self):
         for page in sorted(set(PAGES) - set(ELSEWHERE)):
@@ -98,11 +98,11 @@ class Pages(kel_tool.ToolTest):
                 self.assertEqual([f"{page}:{fault}" for fault in self.faults_of(read_page(page))], [])
 
     def test_a_right_page_has_no_faults_and_each_wrong_one_is_found(self):
-        self.assertEqual(self.faults_of(GOOD), [])
+        self.assertEqual(list(self.faults_of(GOOD)), [])
         for old, new, expected in BROKEN:
             with self.subTest(new):
                 self.assertEqual(GOOD.count(old), 1)
-                self.assertIn(expected, self.faults_of(GOOD.replace(old, new))[0])
+                self.assertIn(expected, next(self.faults_of(GOOD.replace(old, new)), "no fault"))
 
     def test_no_command_is_awaited_that_is_there(self):
         self.assertEqual(samples.AWAITED & samples.what_tool_offers(), set())
