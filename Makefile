@@ -57,7 +57,7 @@ check-performance: deps build-counter ## Hold the operations' instructions again
 test-oom: deps build-dev ## Let each request for memory fail once, under every test of the conformance suite
 	printf 'build/dev/bin/conformance_oom_%s\n' reference recording | xargs -n 1 -P 2 env
 
-pictures: deps build-release ## Draw the screens of the thermostat that README.md shows
+pictures: deps build-release ## Draw what README.md and the manual show
 	tools/pictures
 
 test-apicheck: deps build-dev ## Run every test with a Lua that checks how it is called

@@ -515,7 +515,7 @@ class Usage(SnapshotTest):
             self.assertIn(expected, result.out)
 
 
-class PicturesOfTheReadme(SnapshotTest):
+class PicturesOfPages(SnapshotTest):
     def check(self, folder):
         return subprocess.run([folder / "tools/pictures", "--check"], capture_output=True, text=True, check=False,
                               env=kel_tool.environment(KEL=kel_tool.KEL))
@@ -525,7 +525,7 @@ class PicturesOfTheReadme(SnapshotTest):
         self.assertEqual((completed.returncode, completed.stdout, completed.stderr), (0, "", ""))
 
     def test_a_change_of_a_screen_is_noticed(self):
-        for path in "tools/pictures", "examples/thermostat", "docs/images":
+        for path in "tools/pictures", "examples/thermostat", "docs/images", "docs/examples":
             (self.folder / path).parent.mkdir(exist_ok=True)
             copy = shutil.copytree if (PROJECT / path).is_dir() else shutil.copy
             copy(PROJECT / path, self.folder / path)
@@ -535,7 +535,7 @@ class PicturesOfTheReadme(SnapshotTest):
         self.assertEqual(completed.returncode, 1)
         self.assertIn('+  control preferences.brightness.label 110x20 at 262,52 text "Light" ', completed.stdout)
         self.assertEqual(completed.stderr,
-                         "tools/pictures: screen settings has changed; draw it again with: make pictures\n")
+                         "tools/pictures: thermostat-settings has changed; draw it again with: make pictures\n")
 
     def test_each_is_twice_as_large_as_its_screen_and_shown(self):
         readme = (PROJECT / "README.md").read_text(encoding="utf-8")
