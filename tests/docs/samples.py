@@ -12,7 +12,7 @@
 #   <!-- file: PATH -->       the block is written to that file; an app.json is checked before the next command
 #   <!-- from: PATH -->       the block stands in that file of the project
 #   <!-- app: PATH -->        lua: runs in that application
-#   <!-- status: N -->        the block's last command, or the application's check, ends with that status
+#   <!-- status: N -->        the block, its last command or the application's check, ends with that status
 #   <!-- not run: REASON -->  the block is only shown
 # Any other block is a fault.
 
@@ -187,7 +187,7 @@ class Runner:
 
     def run_sh(self, block):
         status, said = self.execute(["sh", "-ec", block.text])
-        return f"status {status}:\n{said}" if status else None
+        return f"status {status}:\n{said}" if status != int(block.marks.get("status", 0)) else None
 
     def compile(self, block):
         variable, standard = COMPILERS[block.language]
