@@ -9,5 +9,5 @@ for _, module in ipairs({ "keldom", "kel", "os" }) do
   files["lua/" .. module .. ".lua"] = { globals = { module }, unused = false }
 end
 files["**/*_spec.lua"] = { read_globals = { "kel_test" } }
-files["src/cli/testing"] = { std = "lua51", globals = { "os", "print" } }
+files["src/cli/testing"] = { std = "lua51", globals = { "os", "print" }, allow_defined_top = false }
 files["tests/editor"] = { read_globals = { "debug", "CLASSES" } }

@@ -1,6 +1,6 @@
 -- runner.lua: runs one test file with busted, next to a running application, and hands each result to the tool.
--- Runs with globals of its own, where the full libraries are, over those of the application's scripts. Must not reach
--- the instruction limit: only what the test file's author wrote is run through host.call, which counts.
+-- Has globals of its own, where the full libraries are, over those of the application's scripts. No limit holds for
+-- what is here: what the test file's author wrote is run through host.call, which bounds it.
 local host, make_helpers = ...
 
 for _, module in ipairs({ "busted.core", "busted", "busted.execute", "busted.modules.filter_loader", "luassert" }) do
