@@ -32,7 +32,7 @@ COPIED = ("examples", "lua", "schema", "docs/examples")
 THERMOSTAT = "examples/thermostat"
 
 # Commands and options of the tool that the manual shows already and that are still being made.
-AWAITED = {"test", "tree", "vars", "repl", "--max-instructions"}
+AWAITED = {"test", "tree", "vars", "repl", "--max-instructions", "--max-memory", "--timeout"}
 
 STRICT = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Werror", "-fsyntax-only", f"-I{PROJECT / 'include'}",
           "-isystem", "/usr/include/lua5.1"]
