@@ -80,6 +80,8 @@ bool Application::call(int (*function)(lua_State *L), void *argument) {
     return runtime_->lua.call(function, argument);
 }
 
+void Application::interrupt() noexcept { runtime_->lua.interrupt(); }
+
 Diagnostics Application::check_scripts() const {
     Diagnostics found;
     for (const std::string &script : runtime_->description.scripts) {

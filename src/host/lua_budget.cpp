@@ -87,6 +87,7 @@ void LuaBudget::begin(lua_State *L) noexcept {
     lifted_ = true;
     refused_memory_ = false;
     instructions_ = 0;
+    interrupted_ = 0;
     c_stack_begin_ = c_stack_place();
     if (limits_.instructions != 0) set_hook(L, check_period);
 }
@@ -118,15 +119,24 @@ void LuaBudget::check_c_stack(lua_State *L) const {
 // level: of the Lua function to blame, as lua_getstack counts.
 void LuaBudget::charge(lua_State *L, std::uint64_t instructions, int level) {
     instructions_ += instructions;
-    if (instructions_ < limits_.instructions) return;
+    if (!exhausted()) return;
     // Whoever catches the error gets no further than one instruction.
     set_hook(L, 1);
-    char number[24] = {};
-    std::to_chars(number, number + sizeof number - 1, limits_.instructions);
     luaL_where(L, level);
-    lua_pushfstring(L, "instruction limit of %s reached", number);
+    push_reason(L);
     lua_concat(L, 2);
     lua_error(L);
+}
+
+// [-0, +1]
+void LuaBudget::push_reason(lua_State *L) const {
+    if (interrupted_ != 0) {
+        lua_pushliteral(L, "interrupted");
+        return;
+    }
+    char number[24] = {};
+    std::to_chars(number, number + sizeof number - 1, limits_.instructions);
+    lua_pushfstring(L, "instruction limit of %s reached", number);
 }
 
 // Puts a function with the upvalues (what stood there, the budget) into a field of the table on top of the stack.

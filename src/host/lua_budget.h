@@ -2,6 +2,7 @@
 // through a hook; and, where Lua does not see to it, the C stack.
 #pragma once
 
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 
@@ -29,6 +30,10 @@ public:
     void begin(lua_State *L) noexcept;
     void end() noexcept { running_ = false; }
 
+    // Lets the call that is under way end at its next check, as if its instructions were spent. Where these are not
+    // bounded nothing checks. Fit for a signal handler.
+    void interrupt() noexcept { interrupted_ = 1; }
+
     // Bracket work that must not fail for the bound itself: preparing a call, describing an error.
     void lift_memory_bound() noexcept { lifted_ = true; }
     void restore_memory_bound() noexcept { lifted_ = false; }
@@ -50,7 +55,9 @@ private:
     static int guarded_message_handler(lua_State *L);
     void wrap_field(lua_State *L, const char *name, lua_CFunction wrapper);
     void charge(lua_State *L, std::uint64_t instructions, int level);
-    bool spent() const noexcept { return running_ && instructions_ >= limits_.instructions; }
+    bool exhausted() const noexcept { return interrupted_ != 0 || instructions_ >= limits_.instructions; }
+    bool spent() const noexcept { return running_ && exhausted(); }
+    void push_reason(lua_State *L) const;
     void set_hook(lua_State *L, int period) const noexcept;
     void check_c_stack(lua_State *L) const;
 
@@ -58,6 +65,7 @@ private:
     std::size_t memory_ = 0;
     std::uint64_t instructions_ = 0;
     std::uintptr_t c_stack_begin_ = 0; // where the call into Lua is
+    volatile std::sig_atomic_t interrupted_ = 0;
     bool running_ = false;
     bool lifted_ = false;
     bool refused_memory_ = false;

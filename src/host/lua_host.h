@@ -41,6 +41,9 @@ public:
     // Calls the handler's function, looked up now, with {name = ..., target = ...}.
     bool call_handler(const HandlerDescription &handler, const kl_event_t &event);
 
+    // Ends the call into scripts that is under way, see Application::interrupt().
+    void interrupt() noexcept { budget_.interrupt(); }
+
     // Whether a call into scripts is under way.
     bool running() const noexcept { return depth_ > 0; }
 

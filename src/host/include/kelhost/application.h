@@ -72,6 +72,11 @@ public:
     // Calls a C function with `argument`, a light userdata, in the Lua state, under the same rules as a piece of code.
     bool call(int (*function)(lua_State *L), void *argument);
 
+    // Lets the script that runs fail with the error "interrupted"; it cannot go on by catching that. Nothing happens
+    // when none runs, in the midst of a library function, or without a bound on instructions (see Limits), however
+    // high: without one nothing is checked. May be called in a signal handler.
+    void interrupt() noexcept;
+
     // Compiles every script of the application without running it; what does not compile is a diagnostic with its line.
     Diagnostics check_scripts() const;
 
