@@ -26,7 +26,10 @@ constexpr const char *tool_footer = R"(Examples:
   kel run examples/thermostat --event press:climate.target.warmer
   kel check examples/thermostat
   kel snapshot examples/thermostat -o home.png
+  kel tree examples/thermostat
+  kel vars examples/thermostat climate.target
   kel test examples/thermostat
+  kel repl examples/thermostat
 
 Exit status: 0 success; 1 a script or a test failed; 2 bad usage or bad input.
 'kel COMMAND --help' tells more about a command.)";
@@ -85,6 +88,51 @@ Examples:
 Exit status: 0 all tests passed; 1 a test, a test file or the application's start failed, or no test was found;
 2 bad usage or bad input.)";
 
+constexpr const char *tree_footer =
+    R"(Each object is on a line with its kind, name, position, size, alpha and whether it is hidden. Of a table that is
+named the cells are shown too: the name of each, row by row. What scripts print goes to standard error.
+
+With --json: an object with "kind" (application, screen, layer_instance, layer, group, control, table, template) and
+"name", and as far as its kind has them "x", "y", "width", "height", "rows", "cols", "alpha", "hidden", and lists of such
+objects: "screens" and "layers" of the application, "instances" of a screen, "children" of a layer or group, "templates"
+of a table; a table that is named has "cells", a list of names a row.
+
+Examples:
+  kel tree examples/thermostat
+  kel tree examples/thermostat week.plan
+  kel tree examples/thermostat climate --after press:climate.target.warmer --json
+
+Exit status: 0 success; 1 a script or a handler failed, the tree is printed all the same; 2 bad usage or bad input.)";
+
+constexpr const char *vars_footer =
+    R"(PREFIX means whole components: main.ok shows the variables of that object and of what it contains, and not those of
+main.ok_too. When nothing has such a key, the keys that begin with the same letters are shown. What scripts print goes to
+standard error.
+
+With --json: an object with a member a variable, its key as name: {"type": "u8", "value": 46}. A number that JSON
+cannot hold is null.
+
+Examples:
+  kel vars examples/thermostat
+  kel vars examples/thermostat climate.target
+  kel vars examples/thermostat target_celsius --after press:climate.target.warmer --json
+
+Exit status: 0 success; 1 a script or a handler failed, the variables are printed all the same; 2 bad usage or bad
+input.)";
+
+constexpr const char *repl_footer =
+    R"(Reads Lua line by line, runs it in the application and shows what it gives: handles as <control main.ok>, tables with
+their fields. On a terminal lines are edited, TAB completes names from the running application, the up key brings back
+earlier lines, which are kept in $XDG_STATE_HOME/kel/history or ~/.local/state/kel/history; Ctrl-C ends a script that
+runs, Ctrl-D the session. :help lists further commands.
+
+Examples:
+  kel repl examples/thermostat
+  echo 'keldom.get_object("week.plan"):get_size()' | kel repl examples/thermostat
+
+Exit status: 0 success; 1 standard input or output is no terminal, and a line or a script failed; 2 bad usage or bad
+input.)";
+
 struct Command {
     CLI::App *parser = nullptr;          // the subcommand; owned by the whole command line
     std::function<ExitStatus()> execute; // with what the parser has read
@@ -128,6 +176,7 @@ std::string to_bytes(std::string &text) {
 // What bounds each script and each call of a handler; 0 is no bound.
 void add_limits(CLI::App &parser, SessionArguments &session) {
     constexpr const char *group = "Bounds on scripts, 0 for none";
+    const std::string default_timeout = session.timeout > 0 ? CLI::detail::to_string(session.timeout) : "none";
     parser
         .add_option("--max-instructions", session.limits.instructions,
                     "End a script or a handler after so many instructions of Lua (default 100000000)")
@@ -140,7 +189,8 @@ void add_limits(CLI::App &parser, SessionArguments &session) {
         ->group(group);
     parser
         .add_option("--timeout", session.timeout,
-                    "End kel when a script, or an event with all that it brings about, takes longer (default 60)")
+                    "End kel when a script, or an event with all that it brings about, takes longer (default "
+                        + default_timeout + ")")
         ->type_name("SECONDS")
         ->check(CLI::Validator(check_bound, ""))
         ->group(group);
@@ -237,6 +287,46 @@ Command add_test_command(CLI::App &tool) {
     return {parser, [arguments] { return test(*arguments); }};
 }
 
+void add_look_options(CLI::App &parser, LookArguments &look) {
+    add_repeated(parser, "--after", look.events,
+                 "Send an event before, to an object if one is named; may be given again")
+        ->type_name("EVENT[:TARGET]")
+        ->check(CLI::Validator(check_event, ""));
+    add_session_options(parser, look.session);
+}
+
+Command add_tree_command(CLI::App &tool) {
+    CLI::App *parser = tool.add_subcommand("tree", "Show the objects of an application, once its scripts have run");
+    const auto arguments = std::make_shared<TreeArguments>();
+    add_path(*parser, arguments->look.session.path);
+    parser->add_option("NAME", arguments->name, "An object: show it alone, with what it contains");
+    parser->add_flag("--json", arguments->json, "Print JSON");
+    add_look_options(*parser, arguments->look);
+    parser->footer(tree_footer);
+    return {parser, [arguments] { return tree(*arguments); }};
+}
+
+Command add_vars_command(CLI::App &tool) {
+    CLI::App *parser = tool.add_subcommand("vars", "Show the variables of an application, once its scripts have run");
+    const auto arguments = std::make_shared<VarsArguments>();
+    add_path(*parser, arguments->look.session.path);
+    parser->add_option("PREFIX", arguments->prefix, "Show those whose key begins so");
+    parser->add_flag("--json", arguments->json, "Print JSON");
+    add_look_options(*parser, arguments->look);
+    parser->footer(vars_footer);
+    return {parser, [arguments] { return vars(*arguments); }};
+}
+
+Command add_repl_command(CLI::App &tool) {
+    CLI::App *parser = tool.add_subcommand("repl", "Run an application and type Lua into it");
+    const auto arguments = std::make_shared<ReplArguments>();
+    arguments->session.timeout = 0; // who types can end what hangs
+    add_path(*parser, arguments->session.path);
+    add_session_options(*parser, arguments->session);
+    parser->footer(repl_footer);
+    return {parser, [arguments] { return repl(*arguments); }};
+}
+
 ExitStatus report_usage_error(const std::string &message, const CLI::App &tool) {
     const auto chosen = tool.get_subcommands();
     const std::string command = chosen.empty() ? "kel" : "kel " + chosen.front()->get_name();
@@ -253,8 +343,9 @@ ExitStatus execute_command_line(int argc, char **argv) {
     tool.set_help_flag("-h,--help", "Print this help and exit");
     tool.require_subcommand(0, 1); // none is reported below: the parser would say so of a misspelt one too
     tool.footer(tool_footer);
-    const std::vector<Command> commands = {add_run_command(tool), add_check_command(tool), add_snapshot_command(tool),
-                                           add_test_command(tool)};
+    const std::vector<Command> commands = {add_run_command(tool),  add_check_command(tool), add_snapshot_command(tool),
+                                           add_test_command(tool), add_tree_command(tool),  add_vars_command(tool),
+                                           add_repl_command(tool)};
     try {
         tool.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

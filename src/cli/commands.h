@@ -22,7 +22,8 @@ struct SessionArguments {
     std::string plugin; // "" for the one near the tool
     // Beyond what a handler needs, and reached in seconds by one that does not end. The instructions stop it first.
     Limits limits{.instructions = 100'000'000, .memory_bytes = std::size_t{256} * 1024 * 1024};
-    double timeout = 60; // seconds for a script or an event, with all that it brings about; 0 is no bound
+    double timeout = 60;        // seconds for a script or an event, with all that it brings about; 0 is no bound
+    bool interruptible = false; // whether Application::interrupt() ends scripts; not on the command line
 };
 
 struct RunArguments {
@@ -57,9 +58,34 @@ struct TestArguments {
     bool update_snapshots = false;
 };
 
+// What every command that only looks at a running application is told.
+struct LookArguments {
+    SessionArguments session;
+    std::vector<std::string> events; // that come before: "NAME" or "NAME:TARGET"
+};
+
+struct TreeArguments {
+    LookArguments look;
+    std::string name; // "" for all objects
+    bool json = false;
+};
+
+struct VarsArguments {
+    LookArguments look;
+    std::string prefix; // "" for all variables
+    bool json = false;
+};
+
+struct ReplArguments {
+    SessionArguments session;
+};
+
 ExitStatus run(const RunArguments &arguments);
 ExitStatus check(const CheckArguments &arguments);
 ExitStatus snapshot(const SnapshotArguments &arguments);
 ExitStatus test(const TestArguments &arguments);
+ExitStatus tree(const TreeArguments &arguments);
+ExitStatus vars(const VarsArguments &arguments);
+ExitStatus repl(const ReplArguments &arguments);
 
 } // namespace kelhost

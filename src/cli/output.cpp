@@ -16,7 +16,7 @@ namespace kelhost {
 namespace {
 
 // In the order of Color.
-constexpr const char *color_codes[] = {"\033[1;31m", "\033[33m", "\033[32m", "\033[36m", "\033[35m"};
+constexpr const char *color_codes[] = {"\033[1;31m", "\033[33m", "\033[32m", "\033[36m", "\033[35m", "\033[2m"};
 
 bool wants_colors(std::FILE *stream) {
     const char *no_color = std::getenv("NO_COLOR");
@@ -76,6 +76,11 @@ bool finish_output() {
     if (reason.empty() && std::ferror(stdout) == 0) return true;
     report_error("standard output cannot be written" + reason);
     return false;
+}
+
+void report_output(std::string_view text) {
+    begin_report();
+    write(stderr, text);
 }
 
 void report_line(std::string_view text) {

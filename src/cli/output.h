@@ -12,7 +12,7 @@
 
 namespace kelhost {
 
-enum class Color : std::uint8_t { red, yellow, green, cyan, magenta };
+enum class Color : std::uint8_t { red, yellow, green, cyan, magenta, faint };
 
 // Standard output.
 void print(std::string_view text);                      // as it is
@@ -23,6 +23,7 @@ void show_output();   // what was printed up to now, to whoever watches
 bool finish_output(); // false, after an error message, when not everything could be written
 
 // Standard error; each call writes whole lines.
+void report_output(std::string_view text); // as it is: what scripts print where standard output is for results
 void report_line(std::string_view text);
 void report_error(std::string_view text); // "error: text"
 void report_note(std::string_view text);  // "note: text"

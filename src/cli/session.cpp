@@ -3,6 +3,8 @@
 
 #include "plugin_path.h"
 
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace kelhost {
@@ -22,6 +24,12 @@ Session::~Session() {
 }
 
 bool Session::load() {
+    app_ = open();
+    return app_ != nullptr;
+}
+
+// Null, after a message for each fault, when the application or the plug-in cannot be had.
+std::unique_ptr<Application> Session::open() {
     const PluginSearch search = find_plugin(arguments_.plugin);
     Options options;
     options.log_level = level_;
@@ -30,17 +38,35 @@ bool Session::load() {
     options.limits = arguments_.limits;
     options.activity = [this](std::string_view what) { watchdog_.tell(what); };
     if (search.plugin) options.plugins.push_back(*search.plugin);
+    if (arguments_.interruptible && options.limits.instructions == 0)
+        options.limits.instructions = std::numeric_limits<std::uint64_t>::max(); // so that something checks
     Diagnostics faults;
-    app_ = Application::load(arguments_.path, std::move(options), faults);
-    if (app_ == nullptr) report_faults(faults, faults.empty() ? arguments_.path : faults.front().file);
+    std::unique_ptr<Application> app = Application::load(arguments_.path, std::move(options), faults);
+    if (app == nullptr) report_faults(faults, faults.empty() ? arguments_.path : faults.front().file);
     if (!search.plugin) report_error(explain(search));
-    return app_ != nullptr && search.plugin.has_value();
+    return search.plugin ? std::move(app) : nullptr;
 }
 
-bool Session::start() {
-    if (app_->start() != StartResult::plugin_failed) return true;
-    report_error(app_->start_failure());
+bool Session::start() { return start(*app_); }
+
+bool Session::start(Application &app) {
+    active_ = &app;
+    if (app.start() != StartResult::plugin_failed) return true;
+    active_ = app_.get();
+    report_error(app.start_failure());
     return false;
+}
+
+bool Session::reload() {
+    std::unique_ptr<Application> fresh = open();
+    if (fresh == nullptr || !start(*fresh)) return false;
+    stop();
+    app_ = std::move(fresh);
+    return true;
+}
+
+void Session::interrupt() noexcept {
+    if (Application *const app = active_) app->interrupt();
 }
 
 void Session::stop() {

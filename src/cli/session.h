@@ -5,6 +5,7 @@
 
 #include "output.h"
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -38,6 +39,14 @@ public:
 
     Application &app() { return *app_; } // only after load()
 
+    // Loads and starts the application anew, then ends the old one. False, after messages, when that cannot be; the old
+    // one is as it was then.
+    bool reload();
+
+    // Ends the script that runs, the application's own at its start too. For interruptible sessions. Fit for a signal
+    // handler.
+    void interrupt() noexcept;
+
     // Ends the application, and reports the errors that the log level kept from the log.
     void stop();
 
@@ -45,6 +54,8 @@ public:
     ExitStatus verdict(bool strict) const;
 
 private:
+    std::unique_ptr<Application> open();
+    bool start(Application &app);
     void report_unlogged_errors() const;
 
     const SessionArguments arguments_;
@@ -52,7 +63,8 @@ private:
     Watchdog watchdog_;
     const SessionSinks sinks_;
     std::unique_ptr<Application> app_;
-    std::size_t host_warnings_ = 0; // in lines that no application wrote
+    std::atomic<Application *> active_ = nullptr; // whose scripts run when any do
+    std::size_t host_warnings_ = 0;               // in lines that no application wrote
 };
 
 } // namespace kelhost

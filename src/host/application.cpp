@@ -74,10 +74,10 @@ bool Application::run_code(std::string_view code, const std::string &chunk_name)
     return runtime_->lua.run_code(code, chunk_name);
 }
 
-bool Application::call(int (*function)(lua_State *L), void *argument) {
+bool Application::call(int (*function)(lua_State *L), void *argument, const std::string &name) {
     if (!runtime_->is_running()) return false;
     const Runtime::Use use(*runtime_);
-    return runtime_->lua.call(function, argument);
+    return runtime_->lua.call(function, argument, name);
 }
 
 void Application::interrupt() noexcept { runtime_->lua.interrupt(); }

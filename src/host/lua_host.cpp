@@ -412,8 +412,13 @@ bool LuaHost::run_chunk(std::string_view code, const std::string &chunk_name) {
     return perform(job);
 }
 
-bool LuaHost::call(lua_CFunction function, void *argument) {
-    Job job{.host = *this, .body = Job::function_body, .callee = function, .callee_argument = argument};
+bool LuaHost::call(lua_CFunction function, void *argument, const std::string &name) {
+    const std::string chunk_name = "=" + name;
+    Job job{.host = *this,
+            .body = Job::function_body,
+            .chunk_name = chunk_name.c_str(),
+            .callee = function,
+            .callee_argument = argument};
     return perform(job);
 }
 

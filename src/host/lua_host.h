@@ -36,8 +36,8 @@ public:
     bool run_file(const std::string &path, const std::string &name);
     // chunk_name stands before the line in messages.
     bool run_code(std::string_view code, const std::string &chunk_name);
-    // Calls a C function with a light userdata.
-    bool call(lua_CFunction function, void *argument);
+    // Calls a C function with a light userdata. name: what messages call it.
+    bool call(lua_CFunction function, void *argument, const std::string &name);
     // Calls the handler's function, looked up now, with {name = ..., target = ...}.
     bool call_handler(const HandlerDescription &handler, const kl_event_t &event);
 

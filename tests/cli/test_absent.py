@@ -6,6 +6,7 @@ from kel_tool import BAD_INPUT, ToolTest
 
 # A command line that is right, and what the tool lacks.
 COMMANDS = {
+    "repl": (["repl", "demo"], "the library libedit, which edits lines"),
     "testing": (["test", "demo"], "a Lua that busted can run on"),
     "snapshot": (["snapshot", "demo", "-o", "home.png"], "the library cairo, which draws pictures"),
 }

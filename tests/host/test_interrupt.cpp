@@ -78,14 +78,14 @@ TEST_CASE("a C function is called with its argument, and leaves nothing") {
     ScriptedApplication app;
     int count = 0;
     const int height = lua_gettop(app.state());
-    CHECK(app.runtime.lua.call(count_up, &count));
+    CHECK(app.runtime.lua.call(count_up, &count, "count"));
     CHECK(count == 1);
     CHECK(lua_gettop(app.state()) == height);
 }
 
 TEST_CASE("an error of a C function is logged and remembered") {
     ScriptedApplication app;
-    CHECK(!app.runtime.lua.call(fails, nullptr));
+    CHECK(!app.runtime.lua.call(fails, nullptr, "fails"));
     CHECK(app.take_log() == "error: no such page");
     REQUIRE(app.runtime.lua.errors().size() == 1);
     CHECK(app.runtime.lua.errors()[0].message == "no such page");

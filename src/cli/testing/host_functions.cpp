@@ -77,7 +77,7 @@ struct TestRun::HostFunctions {
         luaL_checktype(L, 1, LUA_TFUNCTION);
         lua_settop(L, 1);
         bool called = false;
-        do_work(L, [&] { called = run.app().call(call_author, &run); });
+        do_work(L, [&] { called = run.app().call(call_author, &run, "test"); });
         if (!called) luaL_error(L, "not enough memory");
         return lua_gettop(L) - 1;
     }

@@ -70,7 +70,8 @@ public:
     bool run_code(std::string_view code, const std::string &chunk_name);
 
     // Calls a C function with `argument`, a light userdata, in the Lua state, under the same rules as a piece of code.
-    bool call(int (*function)(lua_State *L), void *argument);
+    // name: what messages call it.
+    bool call(int (*function)(lua_State *L), void *argument, const std::string &name);
 
     // Lets the script that runs fail with the error "interrupted"; it cannot go on by catching that. Nothing happens
     // when none runs, in the midst of a library function, or without a bound on instructions (see Limits), however

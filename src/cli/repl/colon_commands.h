@@ -1,0 +1,19 @@
+// colon_commands.h: what a REPL can be told beside Lua: lines that begin with a colon.
+#pragma once
+
+#include "../session.h"
+
+#include <string>
+#include <vector>
+
+namespace kelhost {
+
+enum class CommandResult { done, refused, quit };
+
+// Does what a line that begins with ":" says. Refused: after an error message.
+CommandResult execute_command(Session &session, const std::string &line);
+
+// ":help" and so on.
+std::vector<std::string> command_words();
+
+} // namespace kelhost
