@@ -4,6 +4,7 @@
 
 #include "events.h"
 #include "output.h"
+#include "snapshot_file.h"
 
 #include <functional>
 #include <memory>
@@ -236,12 +237,6 @@ Command add_check_command(CLI::App &tool) {
     return {parser, [arguments] { return check(*arguments); }};
 }
 
-std::string check_picture_file(const std::string &file) {
-    for (const char *extension : {".svg", ".png", ".txt"})
-        if (file.ends_with(extension)) return {};
-    return "expected a file name that ends in .svg, .png or .txt, found \"" + file + "\"";
-}
-
 Command add_snapshot_command(CLI::App &tool) {
     CLI::App *parser = tool.add_subcommand("snapshot", "Draw a screen of an application as SVG or PNG");
     const auto arguments = std::make_shared<SnapshotArguments>();
@@ -251,7 +246,7 @@ Command add_snapshot_command(CLI::App &tool) {
     parser->add_option("-o,--output", arguments->file, "File to write: .svg, .png, or .txt for a list of what is shown")
         ->required()
         ->type_name("FILE")
-        ->check(CLI::Validator(check_picture_file, ""));
+        ->check(CLI::Validator(snapshot_name_fault, ""));
     add_repeated(*parser, "--after", arguments->events, "Send an event first; may be given again")
         ->type_name("NAME[:TARGET]")
         ->check(CLI::Validator(check_event, ""));

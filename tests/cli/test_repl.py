@@ -205,6 +205,21 @@ class Commands(ReplTest):
         self.assertResult(result, FAILED, 'error: expected NAME or NAME:TARGET, found "press:"\n'
                           'error: event "press" on main.okk: there is no object of that name; did you mean main.ok?\n')
 
+    def test_snapshot_draws_a_screen_as_it_is_now(self):
+        if "snapshot" in os.environ.get("KEL_ABSENT", "").split():
+            self.skipTest("this build draws nothing")
+        layers = [{"name": "main", "children": [{"type": "control", "name": "ok", "width": 20, "height": 10,
+                                                 "draw": {"text": "{text}"}, "variables": {"text": "before"}}]}]
+        self.write_app(layers=layers, screens=[{"name": "home", "layers": [{"layer": "main"}]},
+                                               {"name": "empty", "layers": []}])
+        result = self.repl('kel.set_value("main.ok.text", "after")', ":snapshot home.txt", ":snapshot empty empty.txt")
+        self.assertResult(result, SUCCEEDED)
+        self.assertIn("after", (self.folder / "home.txt").read_text(encoding="utf-8"))
+        self.assertNotIn("after", (self.folder / "empty.txt").read_text(encoding="utf-8"))
+        result = self.repl(":snapshot home.gif", ":snapshot nosuch/home.txt")
+        self.assertResult(result, FAILED, err='error: expected a file name that ends in .svg, .png or .txt, found '
+                          '"home.gif"\nerror: nosuch/home.txt cannot be written: No such file or directory\n')
+
     def test_reload_reads_the_files_anew(self):
         self.write_app(scripts={"a.lua": 'print("first")'})
         with self.started() as process:
@@ -244,7 +259,7 @@ class Commands(ReplTest):
         self.write_app()
         result = self.repl(":help")
         self.assertEqual(result.status, SUCCEEDED)
-        for word in (":tree [NAME]", ":vars [PREFIX]", ":event NAME[:TARGET]", ":reload", ":help", ":quit"):
+        for word in (":tree [NAME]", ":vars [PREFIX]", ":snapshot [SCREEN] FILE", ":event NAME[:TARGET]", ":reload", ":help", ":quit"):
             self.assertIn(f"  {word} ", result.out)
 
     def test_quit_ends_the_session(self):

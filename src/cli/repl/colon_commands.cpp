@@ -4,6 +4,7 @@
 #include "../events.h"
 #include "../object_names.h"
 #include "../output.h"
+#include "../snapshot_file.h"
 #include "../tree.h"
 #include "../vars.h"
 
@@ -28,6 +29,17 @@ CommandResult show_tree(Session &session, const Words &words) {
 
 CommandResult show_variables(Session &session, const Words &words) {
     return result_of(print_variables(session.app(), second(words), false));
+}
+
+// The screen may be left out.
+CommandResult draw(Session &session, const Words &words) {
+    SnapshotArguments arguments;
+    arguments.file = words.back();
+    if (words.size() > 2) arguments.screen = words[1];
+    std::string fault = snapshot_name_fault(arguments.file);
+    if (fault.empty()) fault = write_snapshot(session.app(), arguments);
+    if (!fault.empty()) report_error(fault);
+    return result_of(fault.empty());
 }
 
 CommandResult send(Session &session, const Words &words) {
@@ -62,12 +74,13 @@ struct Command {
 };
 
 constexpr Command commands[] = {
-    {":tree",   "[NAME]",        "the objects that there are, or that one and what is in it",  0, 1, show_tree     },
-    {":vars",   "[PREFIX]",      "the variables, or those whose key begins so",                0, 1, show_variables},
-    {":event",  "NAME[:TARGET]", "send an event, to an object if one is named",                1, 1, send          },
-    {":reload", "",              "start the application anew from its file; globals are lost", 0, 0, reload        },
-    {":help",   "",              "this list",                                                  0, 0, help          },
-    {":quit",   "",              "leave, as Ctrl-D does",                                      0, 0, quit          },
+    {":tree",     "[NAME]",        "the objects that there are, or that one and what is in it",           0, 1, show_tree     },
+    {":vars",     "[PREFIX]",      "the variables, or those whose key begins so",                         0, 1, show_variables},
+    {":snapshot", "[SCREEN] FILE", "draw the default screen or that one: .svg, .png, or .txt for a list", 1, 2, draw          },
+    {":event",    "NAME[:TARGET]", "send an event, to an object if one is named",                         1, 1, send          },
+    {":reload",   "",              "start the application anew from its file; globals are lost",          0, 0, reload        },
+    {":help",     "",              "this list",                                                           0, 0, help          },
+    {":quit",     "",              "leave, as Ctrl-D does",                                               0, 0, quit          },
 };
 
 constexpr const char *help_footer = R"(
@@ -79,7 +92,7 @@ Ctrl-C ends a script that runs.
 )";
 
 CommandResult help(Session &, const Words &) {
-    constexpr std::size_t column = 24;
+    constexpr std::size_t column = 28;
     for (const Command &command : commands) {
         std::string usage = std::string("  ") + command.word + " " + command.arguments;
         usage.resize(std::max(usage.size(), column), ' ');

@@ -4,6 +4,7 @@
 #include "../events.h"
 #include "../output.h"
 #include "../session.h"
+#include "../snapshot_file.h"
 #include "../whole_file.h"
 #include "picture.h"
 
@@ -20,7 +21,8 @@ std::optional<std::string> file_content(const Application &app, const SnapshotAr
     return draw_picture(*list, format, {arguments.scale, arguments.outline}, fault);
 }
 
-// Why the file could not be written; empty when it was.
+} // namespace
+
 std::string write_snapshot(const Application &app, const SnapshotArguments &arguments) {
     std::string fault;
     const std::optional<std::string> content = file_content(app, arguments, fault);
@@ -28,8 +30,6 @@ std::string write_snapshot(const Application &app, const SnapshotArguments &argu
     const std::string reason = write_whole_file(arguments.file, *content);
     return reason.empty() ? reason : arguments.file + " cannot be written: " + reason;
 }
-
-} // namespace
 
 ExitStatus snapshot(const SnapshotArguments &arguments) {
     Session session(arguments.session);
