@@ -294,7 +294,7 @@ Command add_tree_command(CLI::App &tool) {
     CLI::App *parser = tool.add_subcommand("tree", "Show the objects of an application, once its scripts have run");
     const auto arguments = std::make_shared<TreeArguments>();
     add_path(*parser, arguments->look.session.path);
-    parser->add_option("NAME", arguments->name, "An object: show it alone, with what it contains");
+    parser->add_option("NAME", arguments->name, "An object: show it alone, with what it contains")->type_name("OBJECT");
     parser->add_flag("--json", arguments->json, "Print JSON");
     add_look_options(*parser, arguments->look);
     parser->footer(tree_footer);
@@ -305,7 +305,7 @@ Command add_vars_command(CLI::App &tool) {
     CLI::App *parser = tool.add_subcommand("vars", "Show the variables of an application, once its scripts have run");
     const auto arguments = std::make_shared<VarsArguments>();
     add_path(*parser, arguments->look.session.path);
-    parser->add_option("PREFIX", arguments->prefix, "Show those whose key begins so");
+    parser->add_option("PREFIX", arguments->prefix, "Show those whose key begins so")->type_name("KEY");
     parser->add_flag("--json", arguments->json, "Print JSON");
     add_look_options(*parser, arguments->look);
     parser->footer(vars_footer);
