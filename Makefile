@@ -1,6 +1,6 @@
 # The front door. Everything else is behind cmake: see CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance pictures build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck soak check-soak coverage lint bench install package check-package fuzz docs clean deps build-dev build-m7 build-release cases
+.PHONY: help demo demo-m7 demo-freertos test-freertos build-freertos footprint check-footprint performance check-performance pictures build-counter test test-m7 test-m32 test-luajit test-oom test-apicheck soak check-soak coverage lint bench install package check-package fuzz docs mutants check-mutants build-mutants clean deps build-dev build-m7 build-release cases
 
 # Builds share the objects that their settings leave alike, whichever folder they are built in.
 export CCACHE_NOHASHDIR := 1
@@ -82,6 +82,13 @@ coverage: deps ## Show which lines and branches of the plug-in the tests do not 
 	gcovr --root . --filter 'src/plugins/kel/luakeldom/' --exclude-unreachable-branches --exclude-throw-branches \
 	    --branches --print-summary --fail-under-line 100 --fail-under-branch 100 build/coverage
 
+mutants: deps build-mutants ## Change the plug-in in one place at a time, and show which changes no test notices
+	nice tools/mutants
+
+check-mutants: deps build-mutants ## The same for a few of these places, and whether that can tell
+	/usr/bin/python3 -B -m unittest tests/mutants/test_mutations.py
+	nice tools/mutants --sample 20 --seed 7 --jobs 1
+
 lint: deps ## Check format, include order, static analysis, Lua and shell scripts
 	tools/lint
 
@@ -118,6 +125,10 @@ build-dev:
 
 build-m7:
 	cmake --preset m7 && cmake --build --preset m7
+
+build-mutants:
+	cmake --preset mutants && cmake --build --preset mutants
+	cmake --preset dev && cmake --build --preset dev --target test_plugin conformance_recording conformance_reference
 
 build-counter:
 	cmake --preset m7 && cmake --build --preset m7 --target count_operations
