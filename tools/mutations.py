@@ -20,14 +20,17 @@ REPLACEMENTS = {
         "<=": ("<", ">"),
         ">": (">=", "<="),
         ">=": (">", "<"),
-        "==": ("!=", "<=", ">="),
-        "!=": ("==", "<", ">"),
+        "==": ("!=",),
+        "!=": ("==",),
     },
     "arithmetic": {"+": ("-",), "-": ("+",), "*": ("/",), "/": ("*",), "%": ("/",), "+=": ("-=",), "-=": ("+=",)},
     "bitwise": {"&": ("|",), "|": ("&",), "^": ("|",), "<<": (">>",), ">>": ("<<",), "|=": ("&=",), "&=": ("|=",)},
     "logical": {"&&": ("||",), "||": ("&&",)},
     "condition": {"?": ("|| true ?", "&& false ?")},
 }
+
+# On top of these, before a number.
+BEFORE_NUMBER = {"==": ("<=", ">="), "!=": ("<", ">")}
 
 # Each name is exchanged for the next of its row, the last for the first.
 NAMES = (
@@ -164,6 +167,9 @@ def single_tokens(source):
             for operator, replacements in REPLACEMENTS.items():
                 for text in replacements.get(token.text, ()):
                     yield i, i, text, operator
+            if i + 1 < len(source.tokens) and source.tokens[i + 1].kind == "number":
+                for text in BEFORE_NUMBER.get(token.text, ()):
+                    yield i, i, text, "relational"
         elif token.text in ("++", "--"):
             yield i, i, "--" if token.text == "++" else "++", "arithmetic"
         elif token.text == "!":

@@ -153,6 +153,15 @@ TEST_CASE("groups and layer instances neither read nor test anchors") {
           == Lines{"hold", "set \"home.main.kld_x\" = 1", "set \"home.main.kld_y\" = 2", "release"});
 }
 
+TEST_CASE("arguments behind the anchors are neither read nor tested") {
+    Anchors session;
+    CHECK(session.written("ok:set_x(10, nil, RIGHT, RIGHT)") == Lines{"hold", "set \"main.ok.kld_x\" = 10", "release"});
+    CHECK(session.written("ok:set_width(60, nil, RIGHT, 99)")
+          == Lines{"hold", "set \"main.ok.kld_width\" = 60", "release"});
+    CHECK(session.written("ok:set_size(60, 50, nil, nil, RIGHT, 99)")
+          == Lines{"hold", "set \"main.ok.kld_width\" = 60", "set \"main.ok.kld_height\" = 50", "release"});
+}
+
 TEST_CASE("a bad anchor raises and names its position; nothing is written") {
     Anchors session;
     const std::pair<const char *, std::string> cases[] = {
