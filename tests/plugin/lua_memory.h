@@ -13,6 +13,7 @@ public:
     bool refused() const { return refused_; } // since the last refuse()
     void forget_refusal() { refused_ = false; }
 
+    unsigned long requests() const { return requests_; } // for more memory, refused or not
     std::size_t live_bytes() const { return live_bytes_; }
     int overruns() const { return overruns_; } // blocks that were found written past their end
 
@@ -29,9 +30,12 @@ private:
     void *resize(unsigned char *block, std::size_t old_size, std::size_t new_size) {
         unsigned char *moved = nullptr;
         if (new_size > 0) {
-            if (new_size > old_size && refuse_in_ > 0 && --refuse_in_ == 0) {
-                refused_ = true;
-                return nullptr;
+            if (new_size > old_size) {
+                ++requests_;
+                if (refuse_in_ > 0 && --refuse_in_ == 0) {
+                    refused_ = true;
+                    return nullptr;
+                }
             }
             moved = static_cast<unsigned char *>(std::malloc(new_size + guard_size));
             if (!moved) return nullptr;
@@ -53,6 +57,7 @@ private:
         std::free(block);
     }
 
+    unsigned long requests_ = 0;
     unsigned long refuse_in_ = 0;
     bool refused_ = false;
     std::size_t live_bytes_ = 0;
