@@ -98,6 +98,15 @@ TEST_CASE("a container that is visited before its descendants does not win over 
     check_name(ok, "main.bar.inner.ok");
 }
 
+TEST_CASE("of three containers the one that is visited last wins, also over one that is looked through after it") {
+    HostFixture host;
+    kl_control_t *ok = recording_add_control(recording_add_layer("main"), "ok");
+    kl_layer_t *menu = recording_add_layer("menu");
+    recording_list_append(recording_add_group(menu, "bar"), ok);
+    recording_list_append(menu, ok);
+    check_name(ok, "menu.bar.ok");
+}
+
 TEST_CASE("an object twice in one list has one container") {
     HostFixture host;
     kl_layer_t *main = recording_add_layer("main");
@@ -136,6 +145,29 @@ TEST_CASE("a layer in a group names what it holds by itself") {
     check_name(ok, "(null)");
     recording_list_append(bar, lost);
     check_name(ok, "lost.ok");
+}
+
+TEST_CASE("a search tells whether one container alone lists the object, and is visited once") {
+    HostFixture host;
+    kl_layer_t *main = recording_add_layer("main");
+    kl_layer_t *menu = recording_add_layer("menu");
+    kl_control_t *ok = recording_add_control(main, "ok");
+    container_path_t path;
+    CHECK(keldom_find_container_path(recording_app(), &ok->object, path));
+    CHECK(path.length == 1);
+    CHECK(path.containers[0] == &main->object);
+    recording_list_append(menu, ok);
+    CHECK_FALSE(keldom_find_container_path(recording_app(), &ok->object, path));
+    CHECK(path.length == 1);
+    CHECK(path.containers[0] == &menu->object);
+    recording_list_take_out(menu, ok);
+    recording_put_layer("again", main);
+    CHECK_FALSE(keldom_find_container_path(recording_app(), &ok->object, path));
+    CHECK(path.length == 1);
+    CHECK(path.containers[0] == &main->object);
+    recording_list_take_out(main, ok);
+    CHECK_FALSE(keldom_find_container_path(recording_app(), &ok->object, path));
+    CHECK(path.length == 0);
 }
 
 TEST_CASE("children are named in one walk, however many and however deep") {
@@ -251,6 +283,15 @@ TEST_CASE("a list that is shorter than what its container lists is named togethe
     CHECK(keldom_find_common_path(recording_app(), &main->object, list, path));
     CHECK(path.length == 1);
     CHECK(path.containers[0] == &main->object);
+    kl_darray_free(list);
+}
+
+TEST_CASE("one child is not named together with others") {
+    HostFixture host;
+    kl_layer_t *main = recording_add_layer("main");
+    kl_darray_t *list = keldom_get_darray_of(&recording_add_control(main, "ok")->object);
+    container_path_t path;
+    CHECK_FALSE(keldom_find_common_path(recording_app(), &main->object, list, path));
     kl_darray_free(list);
 }
 
