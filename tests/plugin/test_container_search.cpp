@@ -81,9 +81,14 @@ TEST_CASE("one walk names an object at any depth") {
 
 TEST_CASE("deeper than the path that is kept, the rest of the name takes one more walk") {
     HostFixture host;
-    kl_control_t *ok = recording_add_control(nested_groups(recording_add_layer("main"), 20), "ok");
+    kl_layer_t *main = recording_add_layer("main");
+    kl_control_t *ok = recording_add_control(nested_groups(main, 20), "ok");
     walks();
     CHECK(name_of(ok) == "main.g0.g1.g2.g3.g4.g5.g6.g7.g8.g9.g10.g11.g12.g13.g14.g15.g16.g17.g18.g19.ok");
+    CHECK(walks() == 2);
+    kl_control_t *higher = recording_add_control(nested_groups(main, 12), "higher");
+    walks();
+    CHECK(name_of(higher) == "main.g0.g1.g2.g3.g4.g5.g6.g7.g8.g9.g10.g11.higher");
     CHECK(walks() == 2);
 }
 
@@ -185,6 +190,38 @@ TEST_CASE("children are named in one walk, however many and however deep") {
         CHECK(children.ends_with(" " + name + ".c49\""));
         recording_list_take_out(main, *static_cast<void **>(kl_darray_item(main->control_list, 0)));
     }
+}
+
+TEST_CASE("each further child's name takes one copy and one resize, however deep") {
+    PluginFixture fixture;
+    kl_layer_t *main = recording_add_layer("main");
+    for (int depth : {1, 6}) {
+        CAPTURE(depth);
+        kl_group_t *group = nested_groups(main, depth);
+        std::string name = plain_name(reinterpret_cast<kl_object_t *>(group));
+        unsigned long taken[2];
+        recording_add_control(group, "first");
+        for (unsigned long &calls : taken) {
+            recording_add_control(group, "further");
+            calls = recording_calls(RECORDING_STRDUP) + recording_calls(RECORDING_REALLOC);
+            CHECK(children_of(fixture, name).starts_with("\"" + name + ".first " + name + ".further"));
+            calls = recording_calls(RECORDING_STRDUP) + recording_calls(RECORDING_REALLOC) - calls;
+        }
+        CHECK(taken[1] - taken[0] == 2);
+        recording_list_take_out(main, *static_cast<void **>(kl_darray_item(main->control_list, 0)));
+    }
+}
+
+TEST_CASE("children that are named together take two lists, each made with room for one") {
+    PluginFixture fixture;
+    kl_layer_t *main = recording_add_layer("main");
+    recording_add_control(main, "ok");
+    recording_add_control(main, "cancel");
+    fixture.show(RECORDING_SHOW_ARRAYS);
+    CHECK(children_of(fixture, "main") == "\"main.ok main.cancel\"");
+    Lines made = fixture.take_lines();
+    std::erase_if(made, [](const std::string &line) { return !line.starts_with("kl_darray_create"); });
+    CHECK(made == Lines(2, "kl_darray_create(pointer, 1, 0)"));
 }
 
 TEST_CASE("cells, and children of a layer instance, are named in one walk") {
