@@ -256,6 +256,15 @@ TEST_CASE("a metatable that leads back to itself is no handle's, and the search 
     }
 }
 
+TEST_CASE("of what is no userdata the metatables are not looked at") {
+    Handles session;
+    session.results("asked = 0 local meta = setmetatable({}, {__index = function() asked = asked + 1 end})"
+                    " disguised = setmetatable({}, meta)");
+    CHECK(session.results("return get_name(disguised)") == Lines{});
+    CHECK(session.calls() == Lines{"warning: " + not_a_handle});
+    CHECK(session.results("return asked") == Lines{"0"});
+}
+
 TEST_CASE("a userdata without a metatable, or with one that leads to the handles', passes for a handle") {
     Handles session;
     CHECK(session.results("return get_name(bare('main.bar', 3)), get_type(bare('main.bar', 3))")
