@@ -1,5 +1,6 @@
 // test_relatives.cpp: parents in a model that a well-formed application has not, and the lists that hold relatives.
 #include "plugin_fixture.h"
+#include "traversal.h"
 
 namespace {
 
@@ -20,7 +21,21 @@ struct Relatives : PluginFixture {
     kl_screen_t *setup = recording_add_screen("setup");
 };
 
+// Visits a screen, and notes what ends the walk.
+int ended_by = 0;
+int visit(kl_object_t *screen, predicate_t work, void *user_data) {
+    ended_by = work("home", screen, user_data);
+    return ended_by;
+}
+
 } // namespace
+
+TEST_CASE("a search for a parent ends its walk with 1") {
+    Relatives fixture;
+    kl_object_t *placed = &recording_add_instance(fixture.home, fixture.main)->object;
+    CHECK(keldom_find_parent_under(&fixture.home->object, visit, placed, 0) == &fixture.home->object);
+    CHECK(ended_by == 1);
+}
 
 TEST_CASE("a layer instance that two screens list has the first of them as its parent") {
     Relatives fixture;
