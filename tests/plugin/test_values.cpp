@@ -35,3 +35,16 @@ TEST_CASE("a key that is no longer than the name is not read past its end") {
     recording_add_layer("main");
     CHECK(listed(fixture, {"main", "main.", "m"}) == Lines{"\"main\"", "\"main.\"", "\"m\""});
 }
+
+TEST_CASE("a host that counts keys and has no memory to list them lists none") {
+    PluginFixture fixture;
+    recording_add_layer("main");
+    kl_data_mgr_t *data_mgr = recording_app()->linfo->data_mgr;
+    auto find_for_prefix = data_mgr->find_for_prefix;
+    data_mgr->find_for_prefix = [](kl_data_mgr_t *, const char *, int *count) -> char ** {
+        *count = 3;
+        return nullptr;
+    };
+    CHECK(fixture.run("return keldom.get_object('main'):get_variables()") == Lines{"{}"});
+    data_mgr->find_for_prefix = find_for_prefix;
+}
