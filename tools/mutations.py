@@ -174,10 +174,14 @@ def single_tokens(source):
             yield i, i, "--" if token.text == "++" else "++", "arithmetic"
         elif token.text == "!":
             yield i, i, "", "logical"
-        elif token.text in NEXT_NAME:
+        elif token.text in NEXT_NAME and not is_declared(source, i):
             yield i, i, NEXT_NAME[token.text], "name"
         elif token.kind == "text":
             yield i, i, changed_text(token.text), "text"
+
+
+def is_declared(source, i):
+    return i > 0 and source.tokens[i - 1].kind == "name" and source.word(i - 1) not in NO_CALLS
 
 
 def changed_text(literal):

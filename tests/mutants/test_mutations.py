@@ -53,6 +53,8 @@ class WhatIsChanged(unittest.TestCase):
     def test_a_name_of_a_family_becomes_the_next(self):
         self.assertEqual(changes("f(kld_x)", "name"), ["f(kld_y)"])
         self.assertEqual(changes("f(placeholder)", "name"), ["f(kld_x)"])
+        self.assertEqual(changes("return true;", "name"), ["return false;"])
+        self.assertEqual(changes("minimum_t exactly(int count);", "name"), [])
 
     def test_statements_go_calls_assignments_and_returns_before_the_end(self):
         body = "int f(int a) { if (a) return g(a); b->c(a); d[1] = a; return 1; }"
