@@ -29,8 +29,7 @@ REPLACEMENTS = {
     "condition": {"?": ("|| true ?", "&& false ?")},
 }
 
-# On top of these, before a number.
-BEFORE_NUMBER = {"==": ("<=", ">="), "!=": ("<", ">")}
+BEFORE_NUMBER = {"==": ("<=", ">="), "!=": ("<", ">")}  # on top
 
 # Each name is exchanged for the next of its row, the last for the first.
 NAMES = (
@@ -176,7 +175,7 @@ def single_tokens(source):
             yield i, i, "", "logical"
         elif token.text in NEXT_NAME and not is_declared(source, i):
             yield i, i, NEXT_NAME[token.text], "name"
-        elif token.kind == "text":
+        elif token.kind == "text" and source.word(i - 1) != "sizeof":
             yield i, i, changed_text(token.text), "text"
 
 
