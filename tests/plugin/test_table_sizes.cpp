@@ -55,10 +55,12 @@ TEST_CASE("a table of values has room for as many as were asked for") {
 
 TEST_CASE("a table of values does not grow while it is filled") {
     Tables tables;
+    unsigned long three = tables.requests("main:get_data('a', 'b', 'c')");
     unsigned long five = tables.requests("main:get_data('a', 'b', 'c', 'd', 'e')");
     unsigned long six = tables.requests("main:get_data('a', 'b', 'c', 'd', 'e', 'f')");
     unsigned long seven = tables.requests("main:get_data('a', 'b', 'c', 'd', 'e', 'f', 'g')");
     CHECK(seven - six == six - five);
+    CHECK(seven - five == five - three);
 }
 
 TEST_CASE("an empty method table has no room for methods") {
