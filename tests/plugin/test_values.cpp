@@ -48,3 +48,15 @@ TEST_CASE("a host that counts keys and has no memory to list them lists none") {
     CHECK(fixture.run("return keldom.get_object('main'):get_variables()") == Lines{"{}"});
     data_mgr->find_for_prefix = find_for_prefix;
 }
+
+// Where Lua's stack ends depends on how many arguments there are; a write past its end is seen when the test ends.
+TEST_CASE("the application's values take no more of Lua's stack than their keys did") {
+    PluginFixture fixture;
+    fixture.run("app = keldom.get_application() keys = {}");
+    for (int count = 1; count <= 200; ++count) {
+        CAPTURE(count);
+        Lines results = fixture.run("keys[#keys + 1] = 'k' return coroutine.wrap(function()"
+                                    " return select('#', app:get_value(unpack(keys))) end)()");
+        CHECK(results == Lines{std::to_string(count)});
+    }
+}
