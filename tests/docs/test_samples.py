@@ -90,7 +90,7 @@ BROKEN = (
 class Pages(kel_tool.ToolTest):
     def faults_of(self, text):
         with tempfile.TemporaryDirectory(prefix="kel-page-") as folder:
-            yield from samples.Runner(folder, samples.what_tool_offers()).run_page(text)
+            yield from samples.Runner(folder).run_page(text)
 
     def test_samples_do_what_the_pages_say(self):
         for page in sorted(set(PAGES) - set(ELSEWHERE)):
@@ -103,9 +103,6 @@ class Pages(kel_tool.ToolTest):
             with self.subTest(new):
                 self.assertEqual(GOOD.count(old), 1)
                 self.assertIn(expected, next(self.faults_of(GOOD.replace(old, new)), "no fault"))
-
-    def test_no_command_is_awaited_that_is_there(self):
-        self.assertEqual(samples.AWAITED & samples.what_tool_offers(), set())
 
     def test_the_readme_shows_what_make_demo_runs_and_all_that_it_prints(self):
         command, shown = samples.re.findall(r"```console\n\$ (kel .*)\n((?:.*\n)*?)```", read_page("README.md"))[-1]

@@ -55,7 +55,7 @@ void check(std::initializer_list<Hostile> scripts) {
 }
 
 const std::string out_of_instructions = "test:1: instruction limit of 100000 reached";
-const std::string out_of_memory = "not enough memory";
+const std::string out_of_memory = "code \"test\": memory limit of 2000000 bytes reached";
 
 } // namespace
 
