@@ -33,8 +33,8 @@ class Builder {
 public:
     explicit Builder(ModelContext &context) : context_(context) {}
 
-    void build_layer(const LayerDescription &layer);
-    void build_screen(const ScreenDescription &screen);
+    void build_layer(const LayerDescription &description);
+    void build_screen(const ScreenDescription &description);
     void create_variable(std::string_view owner, std::string_view name, DataType type, const Value &value);
     void create_variables(std::string_view owner, const std::vector<VariableDescription> &variables);
 

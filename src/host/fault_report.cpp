@@ -47,7 +47,7 @@ bool FaultReport::is_unreadable(const Place &place) const {
     // Cuts step after step off the path's end.
     std::string path = place.path();
     for (;;) {
-        if (unreadable_.count(path) != 0) return true;
+        if (unreadable_.contains(path)) return true;
         const std::size_t step = path.find_last_of(".[");
         if (step == std::string::npos) return false;
         path.resize(step);

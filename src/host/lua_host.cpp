@@ -112,7 +112,7 @@ struct LuaHost::Job {
     void find_cause(int status) noexcept;
     std::string in_words() const;
     void blame_memory_limit() noexcept;
-    bool push_function(lua_State *L);
+    bool push_function(lua_State *L) const;
     int refuse_handler(lua_State *L);
     void describe_error(lua_State *L);
 };
@@ -207,7 +207,7 @@ int LuaHost::Job::function_body(lua_State *L) {
 }
 
 // [-0, +1] Pushes what the handler's function name stands for. False when it is no function.
-bool LuaHost::Job::push_function(lua_State *L) {
+bool LuaHost::Job::push_function(lua_State *L) const {
     const char *begin = handler->function.c_str();
     lua_pushvalue(L, LUA_GLOBALSINDEX);
     for (;;) {

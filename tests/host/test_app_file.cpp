@@ -13,7 +13,7 @@ using namespace kelhost;
 
 namespace {
 
-const std::string here = folder_of(__FILE__);
+const std::string here = KEL_TEST_FOLDER;
 
 std::string bytes_of(const std::string &path) {
     std::string why;

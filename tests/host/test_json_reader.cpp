@@ -14,7 +14,7 @@ using namespace kelhost;
 
 namespace {
 
-const std::string complete = folder_of(__FILE__) + "/good_applications/complete/app.json";
+const std::string complete = std::string(KEL_TEST_FOLDER) + "/good_applications/complete/app.json";
 
 std::string bytes_of(const std::string &path) {
     std::string why;
