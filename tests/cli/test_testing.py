@@ -613,26 +613,38 @@ it("b", function() kel_test.expect_snapshot("home", "../up") end)
 
 class Sandbox(TestingTest):
     LOOK = """\
-local names = {}
-for name in pairs(_G) do table.insert(names, name) end
-for name in pairs(os) do table.insert(names, "os." .. name) end
-for name in pairs(string) do table.insert(names, "string." .. name) end
-table.sort(names)
-print(table.concat(names, " "))
+local paths, seen = {}, {}
+local function look(value, path)
+  table.insert(paths, path)
+  if type(value) ~= "table" or seen[value] then return end
+  seen[value] = true
+  for key, field in pairs(value) do look(field, path .. "." .. tostring(key)) end
+end
+look(_G, "_G")
+look(getmetatable(""), "(string)")
+table.sort(paths)
+print(table.concat(paths, " "))
 print(pcall(getmetatable, keldom.get_application()))
 print(loadstring("\\27Lua"))
 """
+    LIBRARIES = ("table", "math", "string", "coroutine", "os", "kel", "keldom")
 
     def test_scripts_find_what_they_find_on_the_device(self):
-        scripts = {"main.lua": self.LOOK.replace("local names", "function look()\nlocal names") + "end look()"}
-        handlers = [{"event": "look", "function": "look"}]
+        scripts = {"main.lua": "function look_around()\n" + self.LOOK + "end look_around()"}
+        handlers = [{"event": "look", "function": "look_around"}]
         self.write_app(scripts, handlers=handlers)
         expected = self.kel("run", "demo", "--event", "look").out
         at_start, at_event = expected[:len(expected) // 2], expected[len(expected) // 2:]
         self.assertEqual(at_start, at_event)
         self.assertNotRegex(at_start, r"\b(io|require|package|debug|dofile|os\.exit|kel_test|describe)\b")
-        self.write("demo/tests/a_spec.lua", """\
+        for library in self.LIBRARIES:
+            self.assertRegex(at_start, rf" _G\.{library}\.\w+ ")
+        leaks = "".join(f"{library}.leak = function() end\n" for library in self.LIBRARIES)
+        self.write("demo/tests/a_spec.lua", leaks + """\
 assert(io and require and debug and package and dofile and os.getenv and newproxy)
+for _, name in ipairs({ "table", "math", "string", "coroutine", "os", "kel", "keldom" }) do
+  assert(require(name) == _G[name] and _G[name].leak)
+end
 leaked = 1
 _G.leaked_too = 1
 it("looks", function() kel_test.send("look") assert.equal(1, 2) end)

@@ -15,16 +15,45 @@ constexpr luaL_Reg libraries[] = {
     {nullptr,         nullptr        },
 };
 
+// Of the application's libraries those that the tests have copies of. Lua's own come from there, and not from the list
+// above: what watches a script's coroutines stands in them.
+constexpr const char *copied_libraries[] = {
+    LUA_TABLIBNAME, LUA_MATHLIBNAME, LUA_STRLIBNAME, LUA_COLIBNAME, "kel", "keldom",
+};
+
+// [-0, +0] from: the place of the table on the stack.
+void copy_library(lua_State *L, int from, const char *name) {
+    lua_newtable(L);
+    for (lua_pushnil(L); lua_next(L, from) != 0;) {
+        lua_pushvalue(L, -2);
+        lua_insert(L, -2);
+        lua_rawset(L, -4);
+    }
+    lua_getfield(L, LUA_REGISTRYINDEX, "_LOADED");
+    lua_pushvalue(L, -2);
+    lua_setfield(L, -2, name);
+    lua_pop(L, 1);
+    lua_setglobal(L, name);
+}
+
 // Runs in the new thread. A library is registered in the globals, and in the table of loaded modules: with the
 // application's there, its reduced os library would be completed. Nothing else uses that table once an application
-// runs. The string library stays the application's, whose strings have it as their metatable.
+// runs. What modules add to a library, and busted's do, is not for scripts either. The methods of strings stay the
+// application's.
 int open_libraries(lua_State *L) {
+    lua_getfield(L, LUA_REGISTRYINDEX, "_LOADED");
+    const int applications = lua_gettop(L);
     lua_newtable(L);
     lua_setfield(L, LUA_REGISTRYINDEX, "_LOADED");
     for (const luaL_Reg *library = libraries; library->func != nullptr; ++library) {
         lua_pushcfunction(L, library->func);
         lua_pushstring(L, library->name);
         lua_call(L, 1, 0);
+    }
+    for (const char *const name : copied_libraries) {
+        lua_getfield(L, applications, name);
+        if (lua_istable(L, -1)) copy_library(L, lua_gettop(L), name);
+        lua_settop(L, applications);
     }
     return 0;
 }
