@@ -98,6 +98,20 @@ class Passing(TestingTest):
         result = self.run_tests('it("a", function() print("here", 1, nil) end)', "--format", "tap")
         self.assertResult(result, SUCCEEDED, out="ok 1 - a\n1..1\n", err="here\t1\tnil\n")
 
+    def test_what_a_test_writes_goes_there_too(self):
+        code = """\
+io.write("file\\n")
+it("a", function()
+  io.write("1\\n")
+  io.stdout:write("2\\n")
+  io.output():write("3\\n")
+  io.stdout:close()
+  io.stderr:write("4\\n")
+end)
+"""
+        result = self.run_tests(code, "--format", "tap")
+        self.assertResult(result, SUCCEEDED, out="ok 1 - a\n1..1\n", err="file\n1\n2\n3\n4\n")
+
     def test_pending_tests_are_no_failures(self):
         result = self.run_tests('pending("later")\nit("b", function() pending("not yet") end)')
         self.assertEqual((result.status, result.err), (SUCCEEDED, ""))
@@ -300,6 +314,42 @@ not ok 2 - demo/tests/a_spec.lua
     def test_a_test_that_cannot_be_resumed_fails(self):
         messages = self.failures('it("a", function() coroutine.yield() end)')
         self.assertIn("attempt to yield", messages[0])
+
+
+class Limits(TestingTest):
+    def test_a_loop_is_ended_wherever_it_is(self):
+        loop = "while true do end"
+        place = "demo/tests/a_spec.lua:1: "
+        for code, places in ((loop, place),
+                             (f"xpcall(error, function() {loop} end)", place),
+                             (f"xpcall(function() {loop} end, function() {loop} end)", place),
+                             (f"coroutine.wrap(function() {loop} end)()", 2 * place),
+                             ("while true do coroutine.create(function() end) end", place)):
+            with self.subTest(code=code):
+                found = self.failures(f'it("a", function() {code} end)\nit("b", function() end)',
+                                      "--max-instructions", "100000", "--timeout", "20")
+                self.assertEqual(found, [
+                    f"demo/tests/a_spec.lua @ 1\n{places}instruction limit of 100000 reached"])
+
+    def test_handlers_of_errors_are_called_below_the_limit(self):
+        result = self.run_tests('it("a", function() assert.same({ false, "handled" }, '
+                                '{ xpcall(error, function() return "handled" end) }) end)')
+        self.assertEqual((result.status, result.err), (SUCCEEDED, ""), result.out)
+
+    def test_the_time_limit_names_the_test(self):
+        code = 'while slow do end\ndescribe("a door", function() it("opens", function() while true do end end) end)'
+        for start, name in (("", "demo/tests/a_spec.lua: a door opens"), ("slow = true ", "demo/tests/a_spec.lua")):
+            result = self.run_tests(start + code, "--max-instructions", "0", "--timeout", "0.3")
+            self.assertEqual(result.err, f'error: timed out after 0.3 seconds, while code "{name}" was running\n')
+
+    def test_the_memory_limit_names_the_test(self):
+        messages = self.failures("""\
+it("a", function() kept = {} pcall(function() for i = 1, 1e9 do kept[i] = {} end end) end)
+it("b", function() end)
+""", "--max-instructions", "0", "--max-memory", "20M")
+        self.assertEqual(messages, ["""\
+demo/tests/a_spec.lua @ 2
+demo/tests/a_spec.lua:2: unexpected error: code "demo/tests/a_spec.lua: b": memory limit of 20971520 bytes reached"""])
 
 
 class Input(TestingTest):

@@ -70,23 +70,22 @@ struct TestRun::HostFunctions {
 
     // ---- For runner.lua ----
 
-    // call(function): runs it as the host calls a script, bounded by the limits. Gives what it was stopped with, or
-    // nothing.
+    // call(name, function): runs it as the host calls a script, bounded by the limits; the name is for messages about
+    // what runs. Gives what it was stopped with, or nothing.
     static int call(lua_State *L) {
         TestRun &run = run_of(L);
-        luaL_checktype(L, 1, LUA_TFUNCTION);
-        lua_settop(L, 1);
-        bool called = false;
-        do_work(L, [&] { called = run.app().call(call_author, &run, "test"); });
-        if (!called) luaL_error(L, "not enough memory");
-        return lua_gettop(L) - 1;
+        const std::string_view name = text_at(L, 1);
+        luaL_checktype(L, 2, LUA_TFUNCTION);
+        lua_settop(L, 2);
+        do_work(L, [&] { run.app().call(call_author, &run, std::string(name)); }); // what it fails with is in the log
+        return lua_gettop(L) - 2;
     }
 
     // In the application's own thread. Nothing of what the author's code raises gets here.
     static int call_author(lua_State *L) {
         auto &run = *static_cast<TestRun *>(lua_touserdata(L, 1));
         run.author_ = push_thread_like(L, run.runner_);
-        lua_pushvalue(run.runner_, 1);
+        lua_pushvalue(run.runner_, 2);
         lua_xmove(run.runner_, run.author_, 1);
         if (lua_pcall(run.author_, 0, 0, 0) != 0) lua_xmove(run.author_, run.runner_, 1);
         run.author_ = nullptr;

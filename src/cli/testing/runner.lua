@@ -10,6 +10,11 @@ end
 
 local busted = require("busted.core")()
 
+-- Beneath it the application's shows, which calls no handler once a limit is reached, so that none runs for ever. Here
+-- the handler is wanted then too: it finds where that was.
+local unguarded_xpcall = xpcall
+rawset(_G, "xpcall", nil)
+
 -- ---- The environment of test files ----
 
 -- Their folder can hold modules that they share.
@@ -21,6 +26,9 @@ function print(...)
   for i = 1, select("#", ...) do texts[i] = tostring((select(i, ...))) end
   host.print(table.concat(texts, "\t"))
 end
+
+io.output(io.stderr)
+rawset(io, "stdout", io.stderr)
 
 function os.exit()
   error("os.exit would end the tool; a test ends by returning or with error()", 2)
@@ -100,17 +108,29 @@ local function describe_log(lines, element)
   return table.concat(texts, "\n")
 end
 
+local function full_name(element)
+  local names = {}
+  while element and element.descriptor ~= "file" and element.descriptor ~= "suite" do
+    table.insert(names, 1, tostring(element.name or element.descriptor))
+    element = busted.context.parent(element)
+  end
+  return table.concat(names, " ")
+end
+
 -- Calls the function within the limits of a script. What it raises goes on with the trace of where that was; a line
 -- in the log that it did not expect is a failure.
 local function run_within_limits(run, element)
   local failed, value, trace = false, nil, nil
-  local stopped = host.call(function()
-    local succeeded, message = xpcall(run, function(raised)
+  local name = full_name(element)
+  local stopped = host.call(name == "" and host.file or host.file .. ": " .. name, function()
+    local succeeded, message = unguarded_xpcall(run, function(raised)
       failed, value, trace = true, raised, busted.getTrace(element, 3)
     end)
     if not succeeded and not failed then failed, value = true, message end -- memory is out: no handler is called
   end)
   if stopped and not failed then failed, value = true, stopped end
+  -- A limit can interrupt what is here too, which is no place to tell.
+  if type(value) == "string" then value = value:gsub("^kel test:%d+: ", "") end
   local lines = take_unexpected()
   trace = trace or place_of(element)
   rethrown = trace
@@ -138,15 +158,6 @@ end
 local messages = {} -- of the test that runs: what failed in it, and in what it left to be done at its end
 local last_trace
 local count = 0
-
-local function full_name(element)
-  local names = {}
-  while element and element.descriptor ~= "file" and element.descriptor ~= "suite" do
-    table.insert(names, 1, tostring(element.name or element.descriptor))
-    element = busted.context.parent(element)
-  end
-  return table.concat(names, " ")
-end
 
 local function report(status, element, message, trace)
   count = count + 1
