@@ -14,28 +14,44 @@ kel_test = {}
 ---@type kel_test.app
 kel_test.app = { name = host.app_name, path = host.app_path, globals = host.globals }
 
+local letters = { ["\\"] = "\\\\", ["\n"] = "\\n", ["\r"] = "\\r", ["\t"] = "\\t" }
+
+local function escape(character)
+  return letters[character] or ("\\%03d"):format(character:byte())
+end
+
+-- Different values have different words.
 local function in_words(value)
-  if type(value) == "string" then return '"' .. value .. '"' end
-  return tostring(value)
+  if type(value) == "string" then return '"' .. value:gsub("[%c\\]", escape) .. '"' end
+  if type(value) ~= "number" then return tostring(value) end
+  local short = tostring(value)
+  return tonumber(short) == value and short or ("%.17g"):format(value)
 end
 
 -- `level` counts as error() does, from the function that calls these.
+local function check_type(value, kind, meaning, level)
+  if type(value) == kind then return end
+  if value == kel_test then error('expected ' .. meaning .. ', found kel_test: write "." and not ":"', level + 1) end
+  error("expected " .. meaning .. ", found " .. in_words(value), level + 1)
+end
+
 local function check_object(name, level)
+  check_type(name, "string", "the name of an object", level + 1)
   if not host.exists(name) then
-    error('there is no object "' .. tostring(name) .. '"' .. host.nearest_object(tostring(name)), level + 1)
+    error("there is no object " .. in_words(name) .. host.nearest_object(name), level + 1)
   end
 end
 
 local function check_variable(key, level)
+  check_type(key, "string", "the key of a variable", level + 1)
   if host.variable(key) == nil then
-    error('there is no variable "' .. tostring(key) .. '"' .. host.nearest_key(tostring(key)), level + 1)
+    error("there is no variable " .. in_words(key) .. host.nearest_key(key), level + 1)
   end
 end
 
 local function check_event(event, level)
-  if type(event) ~= "string" or event == "" then
-    error("expected the name of an event, found " .. in_words(event), level + 1)
-  end
+  check_type(event, "string", "the name of an event", level + 1)
+  if event == "" then error('expected the name of an event, found ""', level + 1) end
 end
 
 local function check_value(value, level)
@@ -123,6 +139,8 @@ end
 ---@param text string plain text or Lua pattern
 ---@param action fun()
 function kel_test.expect_warning(text, action)
+  check_type(text, "string", "a text or a pattern", 2)
+  check_type(action, "function", "an action, a function", 2)
   keep_log()
   action()
   local found = false
@@ -137,9 +155,11 @@ end
 ---@param screen string
 ---@param name? string what the snapshot is called, of letters, digits, "_" and "-"; the screen's name when left out
 function kel_test.expect_snapshot(screen, name)
+  check_type(screen, "string", "the name of a screen", 2)
   local text, fault = host.screen_text(screen)
   if not text then error(fault, 2) end
-  name = name or screen
+  if name == nil then name = screen end
+  check_type(name, "string", "the name of a snapshot", 2)
   if name:find("[^%w_-]") or name == "" then
     error("snapshot name " .. in_words(name) .. ' has more than letters, digits, "_" and "-"', 2)
   end

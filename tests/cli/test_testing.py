@@ -475,7 +475,6 @@ kel_test.expect_variable("main.ok.count", 3)""")
     def test_a_wrong_target_is_told_with_the_nearest(self):
         self.assert_message('kel_test.press("main.okk")', 'there is no object "main.okk"; did you mean main.ok?')
         self.assert_message('kel_test.send("press", "elsewhere")', 'there is no object "elsewhere"')
-        self.assert_message("kel_test.press()", 'there is no object "nil"')
         self.assert_message('kel_test.send("")', 'expected the name of an event, found ""')
 
     def test_variables(self):
@@ -507,6 +506,44 @@ assert.equal("OK", kel_test.values("main")["ok.text"])""")
         nearest = 'there is no variable "targt"; did you mean target?'
         for code in ('expect_variable("targt", 1)', 'variable("targt")', 'set_variable("targt", 1)'):
             self.assert_message("kel_test." + code, nearest)
+
+    def test_wrong_arguments_are_told_where_they_are_given(self):
+        calls = {
+            "press()": "the name of an object, found nil",
+            'send("press", 5)': "the name of an object, found 5",
+            "values(true)": "the name of an object, found true",
+            "send(5)": "the name of an event, found 5",
+            "send()": "the name of an event, found nil",
+            "variable()": "the key of a variable, found nil",
+            "set_variable(1, 2)": "the key of a variable, found 1",
+            'set_variable("target")': "a number, a string or a boolean, found nil",
+            'expect_variable(nil, "heat")': "the key of a variable, found nil",
+            'expect_warning("x")': "an action, a function, found nil",
+            "expect_warning(kel_test.pump)": "a text or a pattern, found function",
+            "expect_snapshot()": "the name of a screen, found nil",
+            'expect_snapshot("home", 5)': "the name of a snapshot, found 5",
+            'expect_snapshot("home", false)': "the name of a snapshot, found false",
+        }
+        code = "".join(f"it([[{call}]], function() local x = kel_test.{call} return x end)\n" for call in calls)
+        messages = [re.sub("function: .*", "function", message) for message in self.failures(code)]
+        self.assertEqual(messages, [f"demo/tests/a_spec.lua @ {line}\ndemo/tests/a_spec.lua:{line}: expected {text}"
+                                    for line, text in enumerate(calls.values(), 1)])
+
+    def test_a_colon_in_the_place_of_a_dot_is_told(self):
+        for call, meaning in (('press("main.ok")', "the name of an object"), ('send("x")', "the name of an event"),
+                              ('variable("mode")', "the key of a variable"),
+                              ('expect_warning("x", print)', "a text or a pattern"),
+                              ('expect_snapshot("home")', "the name of a screen")):
+            self.assert_message("kel_test:" + call, f'expected {meaning}, found kel_test: write "." and not ":"')
+
+    def test_values_that_differ_look_different(self):
+        self.assert_message('kel_test.set_variable("target", 0.1 + 0.2) kel_test.expect_variable("target", 0.3)',
+                            "variable target: expected 0.3, found 0.30000000000000004")
+        self.assert_message('kel_test.set_variable("target", 0.1) kel_test.expect_variable("target", 1e300)',
+                            "variable target: expected 1e+300, found 0.1")
+        self.assert_message(r'kel_test.set_variable("main.ok.text", "a\n\\n\t\r\1") '
+                            r'kel_test.expect_variable("main.ok.text", "é\127")',
+                            r'variable main.ok.text: expected "é\127", found "a\n\\n\t\r\001"')
 
     def test_a_value_that_no_variable_can_have(self):
         messages = self.failures('it("a", function() kel_test.set_variable("target", {}) end)')
