@@ -380,6 +380,36 @@ class Input(TestingTest):
         self.assertEqual((result.status, result.out), (BAD_INPUT, ""))
         self.assertIn("--format: html not in {terminal,tap,junit}", result.err)
 
+    def test_a_filter_that_is_no_pattern_is_told_before_anything_runs(self):
+        for pattern, fault in (("(", "unfinished capture"),
+                               ("zzz(a", "unfinished capture"),
+                               ("a)", "invalid pattern capture"),
+                               ("zzz[", "malformed pattern (missing ']')"),
+                               ("[]", "malformed pattern (missing ']')"),
+                               ("[^%]", "malformed pattern (missing ']')"),
+                               ("%f[a", "malformed pattern (missing ']')"),
+                               ("100%", "malformed pattern (ends with '%')"),
+                               ("%fa", "missing '[' after '%f' in pattern"),
+                               ("%b(", "unbalanced pattern"),
+                               ("(a)%2", "invalid capture index"),
+                               ("(a%1)", "invalid capture index"),
+                               ("%0", "invalid capture index"),
+                               (33 * "()", "too many captures")):
+            with self.subTest(pattern=pattern):
+                result = self.run_tests('print("ran") it("a", function() end)', "--filter", pattern)
+                self.assertResult(result, BAD_INPUT, err=f'error: --filter: "{pattern}" is no Lua pattern: {fault}\n')
+
+    def test_all_that_lua_takes_for_a_pattern_can_be_a_filter(self):
+        patterns = ("^(a)()%1[]x%]^-]*[^]b]?%b()%f[%W]%%.-$", 32 * "()", "[a-]", "*", "]", "a^$b", "((a)b)%2", "%bxx")
+        checks = "".join(f'assert(pcall(string.find, "aab(x)%", [==[{pattern}]==]))\n' for pattern in patterns)
+        result = self.run_tests(f'it("x", function()\n{checks}end)')
+        self.assertEqual(result.status, SUCCEEDED, result.out)
+        for pattern in patterns:
+            with self.subTest(pattern=pattern):
+                result = self.run_tests('it("x", function() end)', "--filter", pattern, "--list")
+                self.assertNotIn("is no Lua pattern", result.err)
+                self.assertIn(result.status, (SUCCEEDED, FAILED))
+
     def test_an_output_file_is_for_junit(self):
         result = self.run_tests("", "--output", "x.xml")
         self.assertResult(result, BAD_INPUT,

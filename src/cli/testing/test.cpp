@@ -3,6 +3,7 @@
 #include "../output.h"
 #include "../session.h"
 #include "../whole_file.h"
+#include "pattern.h"
 #include "reports.h"
 #include "test_files.h"
 #include "test_run.h"
@@ -20,6 +21,12 @@ const Report &report_for(const TestArguments &arguments) {
     if (arguments.list) return list_report;
     if (arguments.format == "tap") return tap_report;
     return arguments.format == "junit" && arguments.output.empty() ? junit_report : terminal_report;
+}
+
+bool check_filter(const std::string &filter) {
+    const std::string fault = fault_of_pattern(filter);
+    if (!fault.empty()) report_error("--filter: \"" + filter + "\" is no Lua pattern: " + fault);
+    return fault.empty();
 }
 
 // The files to run; empty, after error messages, when the application or a name is at fault.
@@ -61,6 +68,7 @@ ExitStatus verdict(const TestArguments &arguments, const TestResults &results) {
 } // namespace
 
 ExitStatus test(const TestArguments &arguments) {
+    if (!check_filter(arguments.filter)) return bad_input;
     const std::vector<std::string> files = choose_files(arguments);
     if (files.empty()) return bad_input;
     const Report &report = report_for(arguments);
