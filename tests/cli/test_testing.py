@@ -779,8 +779,10 @@ it("looks", function() kel_test.send("look") assert.equal(1, 2) end)
                 self.assertRegex(result.out, r"a_spec\.lua:1: unexpected error: main\.lua:2: attempt to ")
 
     def test_globals_of_tests_and_of_scripts_are_apart(self):
-        self.write_app({"main.lua": "shared = { n = 1 }\nfunction pressed() shared.n = shared.n + (mine or 1) end"},
-                       handlers=[{"event": "press", "target": "main.ok", "function": "pressed"}])
+        self.write_app({"main.lua": "shared = { n = 1 }\nfunction pressed() shared.n = shared.n + (mine or 1) end\n"
+                                   "function log() kel.log('text') end"},
+                       handlers=[{"event": "press", "target": "main.ok", "function": "pressed"},
+                                 {"event": "log", "function": "log"}])
         self.write("demo/tests/a_spec.lua", """\
 it("a", function()
   mine = 10
@@ -790,6 +792,9 @@ it("a", function()
   kel_test.app.globals.mine = 10
   kel_test.press("main.ok")
   assert.equal(12, shared.n)
+  kel_test.app.globals.kel.log = function() shared.n = 0 end
+  kel_test.send("log")
+  assert.equal(0, shared.n)
 end)
 """)
         result = self.kel("test", "demo")
