@@ -6,7 +6,10 @@
 #include "session.h"
 #include "watch.h"
 
-#include <utility>
+#include <set>
+
+#include "../host/app_file.h"
+#include "../host/file.h"
 
 namespace kelhost {
 
@@ -51,37 +54,31 @@ ExitStatus run_once(const RunArguments &arguments) {
     return status == succeeded ? session.verdict(arguments.strict) : status;
 }
 
-std::string join(const std::string &folder, const std::string &path) {
-    if (folder.empty() || path.starts_with('/')) return path;
-    return folder.ends_with('/') ? folder + path : folder + "/" + path;
-}
-
 // The file of the application, its scripts, and those that the command line adds. An application file that is faulty
-// just now keeps the scripts that it had.
+// just now keeps the scripts that it had. A script that is missing is waited for: only the file is read here, as an
+// application with such a fault cannot be loaded.
 class FilesOfRun {
 public:
     explicit FilesOfRun(const RunArguments &arguments) : arguments_(arguments) {}
 
     std::vector<std::string> operator()() {
-        Options silent;
-        silent.log = [](const LogEntry &) {};
         Diagnostics faults; // the run reports them
         const std::string &path = arguments_.session.path;
-        if (const auto app = Application::load(path, std::move(silent), faults)) {
-            scripts_.clear();
-            for (const std::string &script : app->description().scripts)
-                scripts_.push_back(join(app->description().folder, script));
-        }
-        std::vector<std::string> files = scripts_;
+        const auto description = read_application_file(path, faults);
+        if (faults.empty()) scripts_.clear();
+        if (description)
+            for (const std::string &script : description->scripts)
+                scripts_.insert(join_path(description->folder, script));
+        std::vector<std::string> files(scripts_.begin(), scripts_.end());
         // While it is missing nobody knows which of the two it is.
-        files.insert(files.end(), {path, join(path, "app.json")});
+        files.insert(files.end(), {path, join_path(path, "app.json")});
         files.insert(files.end(), arguments_.scripts.begin(), arguments_.scripts.end());
         return files;
     }
 
 private:
     const RunArguments &arguments_;
-    std::vector<std::string> scripts_;
+    std::set<std::string> scripts_;
 };
 
 } // namespace

@@ -15,8 +15,8 @@ using Work = std::function<ExitStatus()>;
 using Files = std::function<std::vector<std::string>()>;
 
 // Runs the work, and again after each change of a file; the changed file and the end of a run that crashed are
-// reported. Ends when the user interrupts it (Ctrl-C), with `succeeded`. Returns the work's status in the process that
-// is to end with it.
+// reported. Ends, with `succeeded`, when the user interrupts it (Ctrl-C) or nobody reads any more what a run prints.
+// Returns the work's status in the process that is to end with it.
 ExitStatus watch(const Files &files, const Work &work);
 
 } // namespace kelhost

@@ -3,6 +3,7 @@
 
 import os
 import queue
+import shutil
 import signal
 import subprocess
 import threading
@@ -18,10 +19,10 @@ SCRIPT = 'print("version %s")\n'
 class Watching:
     """The tool in the background, its two streams in one."""
 
-    def __init__(self, test, *arguments):
+    def __init__(self, test, *arguments, app="demo"):
         self.test = test
         self.lines = queue.Queue()
-        self.process = subprocess.Popen([KEL, "run", "demo", "--watch", *arguments], cwd=test.folder,
+        self.process = subprocess.Popen([KEL, "run", app, "--watch", *arguments], cwd=test.folder,
                                         # A run that is given up as it looks for leaks would say so.
                                         env=environment(ASAN_OPTIONS="detect_leaks=0"),
                                         stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
@@ -122,6 +123,94 @@ class Watch(ToolTest):
         tool.expect("changed: demo/lib/more.lua", "version 1", "more 2")
         tool.end()
 
+    def test_a_script_that_is_awaited_with_its_folder(self):
+        tool = self.start()
+        tool.expect("version 1")
+        good = (self.folder / "demo/app.json").read_text(encoding="utf-8")
+        self.write("demo/app.json", good.replace('"main.lua"', '"main.lua", "lib/more.lua"'))
+        missing = ('demo/app.json: $.scripts[1]: cannot read "demo/lib/more.lua" (No such file or directory), expected a '
+                   "Lua script", "1 fault in demo/app.json")
+        tool.expect("changed: demo/app.json", *missing)
+        os.mkdir(self.folder / "demo/lib")
+        tool.expect("changed: demo/lib", *missing)
+        self.write("demo/lib/more.lua", 'print("more 1")\n')
+        tool.expect("changed: demo/lib/more.lua", "version 1", "more 1")
+        tool.end()
+
+    def test_a_script_that_is_awaited_in_a_folder_that_is_there(self):
+        self.write_app({"main.lua": SCRIPT % 1, "more.lua": ""})
+        os.remove(self.folder / "demo/more.lua")
+        tool = Watching(self)
+        missing = ('demo/app.json: $.scripts[1]: cannot read "demo/more.lua" (No such file or directory), expected a Lua '
+                   "script", "1 fault in demo/app.json")
+        tool.expect(*missing)
+        self.write("demo/more.lua", 'print("more 1")\n')
+        tool.expect("changed: demo/more.lua", "version 1", "more 1")
+        tool.end()
+
+    def start_with_folder(self):
+        self.write_app({"scripts/main.lua": SCRIPT % 1})
+        tool = Watching(self)
+        tool.expect("version 1")
+        return tool
+
+    def test_a_folder_that_is_exchanged_by_rename(self):
+        tool = self.start_with_folder()
+        self.write("demo/new/main.lua", SCRIPT % 2)
+        tool.process.send_signal(signal.SIGSTOP) # both renames are done when it looks
+        os.rename(self.folder / "demo/scripts", self.folder / "demo/old")
+        os.rename(self.folder / "demo/new", self.folder / "demo/scripts")
+        tool.process.send_signal(signal.SIGCONT)
+        tool.expect("changed: demo/scripts", "version 2")
+        self.write("demo/old/main.lua", SCRIPT % 1) # is nobody's business any more
+        self.write("demo/scripts/main.lua", SCRIPT % 3)
+        tool.expect("changed: demo/scripts/main.lua", "version 3")
+        tool.end()
+
+    def test_a_folder_that_is_removed_and_copied_anew(self):
+        tool = self.start_with_folder()
+        self.write("demo/new/main.lua", SCRIPT % 2)
+        tool.process.send_signal(signal.SIGSTOP) # both are done when it looks
+        shutil.rmtree(self.folder / "demo/scripts")
+        shutil.copytree(self.folder / "demo/new", self.folder / "demo/scripts")
+        tool.process.send_signal(signal.SIGCONT)
+        tool.expect("changed: demo/scripts, demo/scripts/main.lua", "version 2")
+        self.write("demo/scripts/main.lua", SCRIPT % 3)
+        tool.expect("changed: demo/scripts/main.lua", "version 3")
+        tool.end()
+
+    def test_a_folder_above_the_application_that_is_exchanged(self):
+        self.write_app({"main.lua": SCRIPT % 1}, folder="above/demo")
+        self.write_app({"main.lua": SCRIPT % 2}, folder="new/demo")
+        tool = Watching(self, app="above/demo")
+        tool.expect("version 1")
+        tool.process.send_signal(signal.SIGSTOP)
+        os.rename(self.folder / "above", self.folder / "old")
+        os.rename(self.folder / "new", self.folder / "above")
+        tool.process.send_signal(signal.SIGCONT)
+        tool.expect("changed: above", "version 2")
+        tool.end()
+
+    def test_the_file_that_a_link_leads_to(self):
+        self.write("shared/real.lua", SCRIPT % 1)
+        self.write_app()
+        app = (self.folder / "demo/app.json").read_text(encoding="utf-8")
+        self.write("demo/app.json", app.replace("{", '{"scripts": ["main.lua", "folder/real.lua"],', 1))
+        os.symlink("../links/link.lua", self.folder / "demo/main.lua")
+        os.symlink("../shared", self.folder / "demo/folder")
+        (self.folder / "links").mkdir()
+        os.symlink(self.folder / "shared/other.lua", self.folder / "links/link.lua") # leads nowhere yet
+        tool = Watching(self)
+        tool.expect('demo/app.json: $.scripts[0]: cannot read "demo/main.lua" (No such file or directory), expected a Lua '
+                    "script", "1 fault in demo/app.json")
+        self.write("shared/other.lua", SCRIPT % "other 1")
+        tool.expect("changed: demo/main.lua", "version other 1", "version 1")
+        self.write("shared/other.lua", SCRIPT % "other 2")
+        tool.expect("changed: demo/main.lua", "version other 2", "version 1")
+        self.write("shared/real.lua", SCRIPT % 2)
+        tool.expect("changed: demo/folder/real.lua", "version other 2", "version 2")
+        tool.end()
+
     def test_what_the_command_line_adds_is_added_each_time_to_a_fresh_application(self):
         handlers = [{"event": "press", "target": "main.ok", "function": "count"}]
         script = "presses = 0\nfunction count() presses = presses + 1 print('presses', presses) end\n"
@@ -177,6 +266,55 @@ class Watch(ToolTest):
         self.write("demo/main.lua", SCRIPT % 2)
         tool.expect("changed: demo/main.lua", "version 2")
         tool.end()
+
+    def test_a_log_in_a_watched_folder_does_not_keep_a_run_from_beginning(self):
+        tool = self.start()
+        tool.expect("version 1")
+        done = threading.Event()
+
+        def log():
+            while not done.wait(0.01): # more often than the files of interest have to rest
+                self.write("demo/log.txt", "x")
+        logger = threading.Thread(target=log)
+        logger.start()
+        try:
+            self.write("demo/main.lua", SCRIPT % 2)
+            tool.expect("changed: demo/main.lua", "version 2")
+        finally:
+            done.set()
+            logger.join()
+        tool.end()
+
+    def test_a_script_that_never_rests_is_run_all_the_same(self):
+        tool = self.start()
+        tool.expect("version 1")
+        done = threading.Event()
+
+        def save():
+            while not done.wait(0.01):
+                self.write("demo/main.lua.new", SCRIPT % 2)
+                os.replace(self.folder / "demo/main.lua.new", self.folder / "demo/main.lua")
+        writer = threading.Thread(target=save)
+        writer.start()
+        try:
+            tool.expect("changed: demo/main.lua")
+        finally:
+            done.set()
+            writer.join()
+        tool.process.send_signal(signal.SIGINT)
+        self.assertEqual(tool.process.wait(timeout=PATIENCE), 0)
+
+    def test_it_ends_when_nobody_reads_what_runs_print(self):
+        self.write_app({"main.lua": "print(('x'):rep(1e6))"})
+        process = subprocess.Popen([KEL, "run", "demo", "--watch"], cwd=self.folder,
+                                   env=environment(ASAN_OPTIONS="detect_leaks=0"), stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.addCleanup(process.stderr.close)
+        self.addCleanup(process.kill)
+        process.stdout.read(1)
+        process.stdout.close()
+        self.assertEqual(process.wait(timeout=PATIENCE), 0)
+        self.assertEqual(process.stderr.read(), b"")
 
     def test_being_told_to_end_is_as_good_as_an_interrupt(self):
         tool = self.start()

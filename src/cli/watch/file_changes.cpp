@@ -1,10 +1,14 @@
 // file_changes.cpp: FileChanges over the kernel's notifications.
 #include "file_changes.h"
 
+#include "../link_target.h"
+
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -16,16 +20,8 @@ namespace {
 // A file that is being written has not changed yet; one that was made by a link or a rename has.
 constexpr std::uint32_t changes = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_CREATE;
 
-struct Place {
-    std::string folder;
-    std::string name;
-};
-
-Place place_of(const std::string &file) {
-    const std::size_t slash = file.rfind('/');
-    if (slash == std::string::npos) return {".", file};
-    return {slash == 0 ? "/" : file.substr(0, slash), file.substr(slash + 1)};
-}
+// As many as the system follows.
+constexpr int most_links = 40;
 
 } // namespace
 
@@ -37,11 +33,27 @@ FileChanges::~FileChanges() { close(descriptor_); }
 
 // A folder that is watched already keeps its number, and what waits there to be read.
 void FileChanges::set_files(const std::vector<std::string> &files) {
-    folders_.clear();
-    for (const std::string &file : files) {
-        const Place place = place_of(file);
-        const int watch = inotify_add_watch(descriptor_, place.folder.c_str(), changes | IN_ONLYDIR);
-        if (watch >= 0) folders_[watch].insert_or_assign(place.name, file);
+    const std::map<int, Folder> before = std::exchange(folders_, {});
+    for (const std::string &file : files) add(file, {}, most_links);
+    for (const auto &[watch, folder] : before)
+        if (!folders_.contains(watch)) inotify_rm_watch(descriptor_, watch);
+}
+
+// Watches for all names in the path, the outermost first: what appears before its folder is watched is found there. A
+// change is one of known_as, or, when that is empty, of the path up to the name.
+void FileChanges::add(const std::string &path, const std::string &known_as, int links) {
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        const std::string name = path.substr(begin, end - begin);
+        const std::string folder = begin == 0 ? "." : path.substr(0, begin);
+        const std::string up_to_name = path.substr(0, end);
+        const std::string &shown = known_as.empty() ? up_to_name : known_as;
+        begin = end + 1;
+        if (name.empty()) continue;
+        const int watch = inotify_add_watch(descriptor_, folder.c_str(), changes | IN_ONLYDIR);
+        if (watch >= 0) folders_[watch].emplace(name, shown);
+        const std::optional<std::string> target = links > 0 ? link_target(up_to_name) : std::nullopt;
+        if (target) add(*target, shown, links - 1);
     }
 }
 
@@ -54,6 +66,7 @@ std::set<std::string> FileChanges::take() {
         for (const char *next = buffer.data(); next < buffer.data() + bytes;) {
             const auto *const event = reinterpret_cast<const inotify_event *>(next);
             next += sizeof *event + event->len;
+            if ((event->mask & IN_Q_OVERFLOW) != 0) changed.insert("more than the system could tell");
             const auto folder = folders_.find(event->wd);
             if (folder == folders_.end() || event->len == 0) continue;
             const auto file = folder->second.find(event->name);

@@ -4,7 +4,9 @@
 #include "../output.h"
 #include "file_changes.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <stdexcept>
@@ -19,7 +21,8 @@ namespace kelhost {
 namespace {
 
 // Editors write a file in several steps, and people save several files at once.
-constexpr int quiet_milliseconds = 50;
+constexpr std::chrono::milliseconds quiet{50};
+constexpr std::chrono::milliseconds longest_unrest{1000}; // a file that changes all the time is run nevertheless
 constexpr int for_ever = -1;
 
 constexpr pid_t none = 0;
@@ -81,12 +84,16 @@ public:
         process_ = none;
     }
 
-    // What a failure has to say, the run has said; a crash says nothing.
-    void reap() {
+    // What a failure has to say, the run has said; a crash says nothing. False when nobody reads any more what runs
+    // say.
+    bool reap() {
         int status = 0;
-        if (process_ == none || waitpid(process_, &status, WNOHANG) != process_) return;
+        if (process_ == none || waitpid(process_, &status, WNOHANG) != process_) return true;
         process_ = none;
-        if (WIFSIGNALED(status)) report_error(std::string("the run crashed: ") + strsignal(WTERMSIG(status)));
+        if (!WIFSIGNALED(status)) return true;
+        if (WTERMSIG(status) == SIGPIPE) return false;
+        report_error(std::string("the run crashed: ") + strsignal(WTERMSIG(status)));
+        return true;
     }
 
 private:
@@ -99,21 +106,33 @@ std::string in_words(const std::set<std::string> &files) {
     return text;
 }
 
-// Waits until files have changed and rest. Empty when the user wants an end.
+using Clock = std::chrono::steady_clock;
+
+// The time until then as poll() takes it, never cut to an earlier one.
+int milliseconds_until(Clock::time_point then) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(then - Clock::now());
+    return std::max(0, static_cast<int>(left.count()));
+}
+
+// Waits until files have changed and rest. Empty when there shall be an end: the user wants it, or nobody reads.
 std::set<std::string> wait_for_changes(FileChanges &changes, const Signals &signals, Run &run) {
     std::set<std::string> changed;
+    Clock::time_point rest; // of what has changed
+    Clock::time_point latest;
     for (;;) {
         pollfd sources[] = {
             {changes.descriptor(), POLLIN, 0},
             {signals.descriptor(), POLLIN, 0}
         };
-        const int ready = poll(sources, 2, changed.empty() ? for_ever : quiet_milliseconds);
-        if (ready == 0) return changed;
-        changed.merge(changes.take());
-        while (const int signal = signals.take()) {
-            if (signal != SIGCHLD) return {};
-            run.reap();
-        }
+        static_cast<void>(poll(sources, 2, changed.empty() ? for_ever : milliseconds_until(rest)));
+        std::set<std::string> further = changes.take();
+        const Clock::time_point now = Clock::now();
+        if (changed.empty()) latest = now + longest_unrest;
+        if (!further.empty()) rest = std::min(now + quiet, latest);
+        changed.merge(further);
+        while (const int signal = signals.take())
+            if (signal != SIGCHLD || !run.reap()) return {};
+        if (!changed.empty() && now >= rest) return changed;
     }
 }
 
