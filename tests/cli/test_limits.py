@@ -2,8 +2,11 @@
 # it was; the application, and what the command line asks for next, go on wherever the process can.
 
 import os
+import pathlib
+import re
 import signal
 import subprocess
+import time
 import unittest
 
 from kel_tool import BAD_INPUT, FAILED, KEL, PROJECT, SUCCEEDED, ToolTest, environment
@@ -178,6 +181,72 @@ class Timeout(LimitsTest):
         self.assertEqual(process.wait(timeout=60), FAILED)
         self.assertEqual(process.stderr.read().decode(),
                          'error: timed out after 1 second, while code "--exec" was running\n')
+
+    def full_pipe(self):
+        """A pipe that takes nothing more. Gives both ends."""
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, reader)
+        self.addCleanup(os.close, writer)
+        os.set_blocking(writer, False)
+        try:
+            while os.write(writer, b"x" * 4096):
+                pass
+        except BlockingIOError:
+            os.set_blocking(writer, True)
+        return reader, writer
+
+    def hang_with(self, **streams):
+        """Its exit status, the time it took, and what it says on standard error if that is not one of the streams."""
+        streams = {"stdout": subprocess.DEVNULL, "stderr": subprocess.PIPE, **streams}
+        begin = time.monotonic()
+        process = subprocess.Popen([KEL, "run", "demo", "--timeout", "1", "--exec", "print('x')", "--event",
+                                    "hang:main.ok"], cwd=self.folder, env=environment(), stdin=subprocess.DEVNULL,
+                                   **streams)
+        self.addCleanup(process.kill)
+        said = process.communicate(timeout=60)[1]
+        return process.returncode, time.monotonic() - begin, said
+
+    HANG = b'error: timed out after 1 second, while handler "hang" for "hang" of "main.ok" was running\n'
+
+    def test_output_that_waits_for_a_reader_who_never_reads_does_not_keep_the_report_back(self):
+        _, full = self.full_pipe()
+        status, seconds, said = self.hang_with(stdout=full)
+        self.assertEqual((status, said), (FAILED, self.HANG))
+        self.assertTrue(1 < seconds < 30, seconds)
+
+    def test_messages_that_nobody_reads_do_not_keep_it_from_ending(self):
+        _, full = self.full_pipe()
+        for streams in ({"stderr": full}, {"stdout": full, "stderr": full}):
+            with self.subTest(**streams):
+                status, seconds, _ = self.hang_with(**streams)
+                self.assertEqual(status, FAILED)
+                self.assertTrue(1 < seconds < 30, seconds)
+
+    def test_the_bound_on_the_report_does_not_depend_on_what_the_process_was_given(self):
+        _, full = self.full_pipe()
+        ignore = ["sh", "-c", 'trap "" ALRM; exec "$@"', "sh"]
+        process = subprocess.Popen([*ignore, KEL, "run", "demo", "--timeout", "1", "--event", "hang:main.ok"],
+                                   cwd=self.folder, env=environment(), stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=full,
+                                   preexec_fn=lambda: signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGALRM}))
+        self.addCleanup(process.kill)
+        self.assertEqual(process.wait(timeout=60), FAILED)
+
+    def test_signals_are_the_main_threads(self):
+        process = subprocess.Popen([KEL, "run", "demo", "--exec", "kel.log('up', 'warning')", "--event", "hang:main.ok"],
+                                   cwd=self.folder, env=environment(), stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        self.addCleanup(process.stderr.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        self.assertEqual(process.stderr.readline(), b"warning: up\n")
+        masks = {}
+        for task in os.listdir(f"/proc/{process.pid}/task"):
+            status = pathlib.Path(f"/proc/{process.pid}/task/{task}/status").read_text(encoding="ascii")
+            masks[int(task)] = int(re.search(r"^SigBlk:\t(\w+)", status, re.MULTILINE)[1], 16)
+        interrupt = 1 << (signal.SIGINT - 1)
+        self.assertEqual(masks.pop(process.pid) & interrupt, 0)
+        self.assertEqual({mask & interrupt for mask in masks.values()}, {interrupt})
 
 
 class Crashes(LimitsTest):

@@ -6,7 +6,7 @@
 
 #include <atomic>
 #include <cerrno>
-#include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -15,7 +15,10 @@
 #include <string>
 #include <thread>
 
+#include <poll.h>
+#include <pthread.h>
 #include <semaphore.h>
+#include <unistd.h>
 
 namespace kelhost {
 
@@ -50,22 +53,59 @@ std::string in_words(double seconds) {
     return std::string(number) + (seconds == 1 ? " second" : " seconds");
 }
 
-// A thread that prints holds standard output for a moment at a time; one that nobody reads from, for ever.
-bool take_standard_output() {
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        if (ftrylockfile(stdout) == 0) return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
+constexpr unsigned report_seconds = 1;
+
+// What the process ends with when its report does not come through; static, as signals are the process's.
+std::string last_words;
+
+// Nobody may read from standard output, or from standard error either, and whoever writes there waits for ever.
+void give_up(int) {
+    pollfd messages = {STDERR_FILENO, POLLOUT, 0};
+    const bool has_room = poll(&messages, 1, 0) == 1 && (messages.revents & POLLOUT) != 0;
+    const auto written = has_room ? write(STDERR_FILENO, last_words.data(), last_words.size()) : 0;
+    static_cast<void>(written); // there is nobody to tell
+    _exit(EXIT_FAILURE);
+}
+
+void bound_the_report(const std::string &message) {
+    last_words = "error: " + message + "\n";
+    struct sigaction ours = {};
+    ours.sa_handler = give_up;
+    ours.sa_flags = SA_ONSTACK; // the main thread may be at its stack's end
+    sigaction(SIGALRM, &ours, nullptr);
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGALRM);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    alarm(report_seconds);
 }
 
 // Not through exit(), which would take down what is in use.
 [[noreturn]] void end_process(const std::string &message) {
-    if (take_standard_output())
-        report_error(message);
-    else
-        static_cast<void>(std::fprintf(stderr, "error: %s\n", message.c_str()));
+    bound_the_report(message);
+    report_error(message);
     std::_Exit(EXIT_FAILURE);
+}
+
+// A thread that is made while it lives gets no signals: they are the main thread's.
+class SignalsBlocked {
+public:
+    SignalsBlocked() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsBlocked(const SignalsBlocked &) = delete;
+    SignalsBlocked &operator=(const SignalsBlocked &) = delete;
+
+private:
+    sigset_t before_ = {};
+};
+
+template <typename Function> std::thread start_thread(Function function) {
+    const SignalsBlocked blocked;
+    return std::thread(function);
 }
 
 struct Semaphore {
@@ -91,7 +131,8 @@ struct Semaphore {
 } // namespace
 
 struct Watchdog::Guard {
-    explicit Guard(double most) : seconds(most), bound(to_nanoseconds(most)), thread([this] { watch(); }) {}
+    explicit Guard(double most)
+        : seconds(most), bound(to_nanoseconds(most)), thread(start_thread([this] { watch(); })) {}
     ~Guard() {
         done = true;
         alarm.post();
