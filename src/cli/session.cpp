@@ -36,7 +36,7 @@ std::unique_ptr<Application> Session::open() {
     options.log = sinks_.log;
     options.output = sinks_.output;
     options.limits = arguments_.limits;
-    options.activity = [this](std::string_view what) { watchdog_.tell(what); };
+    options.activity = [this](std::string_view what) noexcept { watchdog_.tell(what); };
     if (search.plugin) options.plugins.push_back(*search.plugin);
     if (arguments_.interruptible && options.limits.instructions == 0)
         options.limits.instructions = std::numeric_limits<std::uint64_t>::max(); // so that something checks

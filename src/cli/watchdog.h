@@ -16,7 +16,8 @@ public:
     Watchdog &operator=(const Watchdog &) = delete;
 
     // What the process is at from now on, for the message; "" for nothing, which ends the count of seconds.
-    void tell(std::string_view activity);
+    // The first kilobyte counts.
+    void tell(std::string_view activity) noexcept;
 
 private:
     struct Guard;

@@ -156,6 +156,14 @@ class Timeout(LimitsTest):
                           'error: timed out after 0.5 seconds, while handler "hang" for "hang" of "main.ok" was '
                           "running\n")
 
+    def test_a_very_long_name_is_cut_between_two_letters(self):
+        folder = "\N{GREEK SMALL LETTER ALPHA}" * 100 + "/" # 201 bytes
+        script = self.write(folder * 8 + "spin.lua", "while true do end")
+        result = self.kel("run", "demo", "--timeout", "1", "--max-instructions", "0", "--script", script)
+        name = (folder * 8)[:5 * 101 + 5] # 1015 bytes, with script " before it 1023 of 1024
+        self.assertResult(result, FAILED,
+                          err=f'error: timed out after 1 second, while script "{name} was running\n')
+
     def test_it_counts_for_each_thing_that_the_command_line_asks_for(self):
         wait = "local stop = os.clock() + 0.2 while os.clock() < stop do end"
         arguments = [word for _ in range(10) for word in ("--exec", wait)]

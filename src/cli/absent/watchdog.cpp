@@ -7,6 +7,6 @@ struct Watchdog::Guard {};
 
 Watchdog::Watchdog(double) {}
 Watchdog::~Watchdog() = default;
-void Watchdog::tell(std::string_view) {}
+void Watchdog::tell(std::string_view) noexcept {}
 
 } // namespace kelhost

@@ -4,6 +4,7 @@
 #include "../output.h"
 #include "stack_overflow.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -130,6 +131,29 @@ struct Semaphore {
 
 } // namespace
 
+// What the process is at. Telling it takes no memory, as there may be none; text that is too long is cut.
+class Activity {
+public:
+    void set(std::string_view text) noexcept {
+        const std::lock_guard lock(guard_);
+        length_ = std::min(text.size(), sizeof text_);
+        while (length_ < text.size() && length_ > 0 && is_inside_letter(text[length_])) --length_;
+        std::copy_n(text.data(), length_, text_);
+    }
+
+    std::string get() {
+        const std::lock_guard lock(guard_);
+        return {text_, length_};
+    }
+
+private:
+    static bool is_inside_letter(char byte) noexcept { return (static_cast<unsigned char>(byte) & 0xc0) == 0x80; }
+
+    std::mutex guard_;
+    char text_[1024] = {};
+    std::size_t length_ = 0;
+};
+
 struct Watchdog::Guard {
     explicit Guard(double most)
         : seconds(most), bound(to_nanoseconds(most)), thread(start_thread([this] { watch(); })) {}
@@ -142,17 +166,12 @@ struct Watchdog::Guard {
     Guard &operator=(const Guard &) = delete;
 
     void watch();
-    std::string what_runs() {
-        const std::lock_guard lock(guards_activity);
-        return activity;
-    }
 
     const double seconds;
     const Nanoseconds bound;
     std::atomic<bool> done = false;
     std::atomic<Nanoseconds> busy_since = 0; // 0 when it is not
-    std::mutex guards_activity;
-    std::string activity;
+    Activity activity;
     Semaphore alarm; // the end of the watch, or a stack overflow
     StackOverflowAlarm overflow{alarm.semaphore};
     std::thread thread; // last: it uses all the others
@@ -165,24 +184,23 @@ void Watchdog::Guard::watch() {
         const Nanoseconds since = busy_since;
         const Nanoseconds time = now();
         if (since != 0 && time >= since + bound)
-            end_process("timed out after " + in_words(seconds) + ", while " + what_runs() + " was running");
+            end_process("timed out after " + in_words(seconds) + ", while " + activity.get() + " was running");
         end = (since != 0 ? since : time) + bound;
     }
-    if (!done) end_process("C stack overflow inside a library function, while " + what_runs() + " was running");
+    if (!done) end_process("C stack overflow inside a library function, while " + activity.get() + " was running");
 }
 
 Watchdog::Watchdog(double seconds) : guard_(std::make_unique<Guard>(seconds)) {}
 
 Watchdog::~Watchdog() = default;
 
-void Watchdog::tell(std::string_view activity) {
+void Watchdog::tell(std::string_view activity) noexcept {
     if (activity.empty()) {
         guard_->busy_since = 0;
         return;
     }
     if (guard_->busy_since == 0) guard_->busy_since = now();
-    const std::lock_guard lock(guard_->guards_activity);
-    guard_->activity = activity;
+    guard_->activity.set(activity);
 }
 
 } // namespace kelhost
