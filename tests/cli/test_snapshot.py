@@ -435,6 +435,54 @@ class TheFile(SnapshotTest):
                        env=kel_tool.environment(), stdin=subprocess.DEVNULL)
         self.assertEqual(stat.S_IMODE((self.folder / "now.txt").stat().st_mode), 0o640)
 
+    def test_a_file_that_is_there_keeps_its_permissions(self):
+        self.write_app()
+        self.write("now.txt", "x")
+        for mode in 0o600, 0o666:
+            (self.folder / "now.txt").chmod(mode)
+            self.shown()
+            self.assertEqual(stat.S_IMODE((self.folder / "now.txt").stat().st_mode), mode)
+
+    def test_a_link_stays_and_what_it_leads_to_is_replaced(self):
+        self.write_app()
+        self.write("there/old.txt", "old")
+        for place, target in ("now.txt", "links/to.txt"), ("links/to.txt", "../there/old.txt"):
+            (self.folder / place).parent.mkdir(exist_ok=True)
+            os.symlink(target, self.folder / place)
+        self.assertTrue(self.shown().startswith("screen home"))
+        self.assertEqual([os.readlink(self.folder / place) for place in ("now.txt", "links/to.txt")],
+                         ["links/to.txt", "../there/old.txt"])
+        self.assertTrue((self.folder / "there/old.txt").read_text().startswith("screen home"))
+        self.assertEqual([os.listdir(self.folder / place) for place in ("there", "links")], [["old.txt"], ["to.txt"]])
+
+    def test_a_link_that_leads_to_a_file_that_is_not_there_yet(self):
+        self.write_app()
+        (self.folder / "there").mkdir()
+        os.symlink("there/new.txt", self.folder / "now.txt")
+        self.shown()
+        self.assertEqual(os.readlink(self.folder / "now.txt"), "there/new.txt")
+        self.assertTrue((self.folder / "there/new.txt").read_text().startswith("screen home"))
+
+    def test_links_without_end(self):
+        self.write_app()
+        os.symlink("now.txt", self.folder / "now.txt")
+        result = self.kel("snapshot", "demo", "-o", "now.txt")
+        self.assertResult(result, BAD_INPUT, err="error: now.txt cannot be written: Too many levels of symbolic links\n")
+        self.assertEqual(os.readlink(self.folder / "now.txt"), "now.txt")
+
+    def test_a_pipe_is_written_to_and_stays(self):
+        self.write_app()
+        os.mkfifo(self.folder / "pipe.txt")
+        os.symlink("pipe.txt", self.folder / "link.txt")
+        reader = os.open(self.folder / "pipe.txt", os.O_RDONLY | os.O_NONBLOCK)
+        self.addCleanup(os.close, reader)
+        for file in "pipe.txt", "link.txt":
+            self.assertResult(self.kel("snapshot", "demo", "-o", file), SUCCEEDED)
+            self.assertTrue(os.read(reader, 4096).startswith(b"screen home"))
+        self.assertTrue(stat.S_ISFIFO((self.folder / "pipe.txt").stat().st_mode))
+        self.assertEqual(os.readlink(self.folder / "link.txt"), "pipe.txt")
+        self.assertEqual(sorted(os.listdir(self.folder)), ["demo", "link.txt", "pipe.txt"])
+
     def test_a_file_that_cannot_be_written_whole_leaves_the_one_that_is_there(self):
         self.write_app()
         self.write("now.png", "kept")
