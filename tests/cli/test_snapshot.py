@@ -384,6 +384,18 @@ class AsPng(SnapshotTest):
         self.assertEqual([png[place] for place in ((29, 19), (30, 19), (29, 20), (30, 20))],
                          [rgb("#ff0000"), rgb("#0000ff"), rgb("#0000ff"), rgb("#ff0000")])
 
+    def test_codes_that_are_no_characters_are_drawn_as_the_replacement(self):
+        def drawn(letter):
+            self.write_app(**one_layer(control("a", 0, 0, 100, 40, **text(f"a{letter}b"))))
+            return self.snapshot("now.png")
+        replacement = drawn("\ufffd")
+        for letter in "\uffff", "\ufffe", "\ufdd0", "\ufdef", "\U0001fffe", "\U0010ffff":
+            with self.subTest(ascii(letter)):
+                self.assertEqual(drawn(letter), replacement)
+        for letter in "\ufdcf", "\ufdf0", "\ufffc", "\U0001fffd":
+            with self.subTest(ascii(letter)):
+                self.assertNotEqual(drawn(letter), replacement)
+
     def test_letters_stay_within_their_box(self):
         self.write_app(**one_layer(control("a", 10, 20, 60, 10, **text("Wide and high", font_size=20))))
         left, top, right, bottom = self.png().box_of(lambda color: color != (0, 0, 0))
@@ -526,6 +538,15 @@ class TheFile(SnapshotTest):
         self.write_app(size={"width": 32767, "height": 10})
         self.refused("a picture of 65534x20 pixels cannot be drawn: invalid value (typically too big) for the size of "
                      "the input (surface, pattern, etc.)", "demo", "--scale", "2", "-o", "now.png")
+
+    def test_a_png_of_too_many_pixels(self):
+        self.write_app(size={"width": 8193, "height": 8192})
+        self.refused("a picture of 8193x8192 pixels is too large: found 67117056 pixels, expected at most 67108864; an SVG "
+                     "file has no such bound", "demo", "-o", "now.png")
+        self.write_app(size={"width": 32767, "height": 32767})
+        self.refused("a picture of 32767x32767 pixels is too large: found 1073676289 pixels, expected at most 67108864; an "
+                     "SVG file has no such bound", "demo", "-o", "now.png")
+        self.svg()
 
     def test_a_faulty_application(self):
         self.write("demo/app.json", "{}")

@@ -13,6 +13,8 @@ namespace kelhost {
 
 namespace {
 
+constexpr long long most_pixels = 64LL * 1024 * 1024; // of a PNG: a quarter of a gigabyte while it is drawn
+
 struct Released {
     void operator()(cairo_surface_t *surface) const { cairo_surface_destroy(surface); }
     void operator()(cairo_t *canvas) const { cairo_destroy(canvas); }
@@ -71,14 +73,20 @@ std::optional<std::string> draw_picture(const DisplayList &list, PictureFormat f
                                         std::string &fault) {
     const int width = list.width * style.scale;
     const int height = list.height * style.scale;
+    const std::string size = std::to_string(width) + "x" + std::to_string(height) + " pixels";
+    if (const long long pixels = static_cast<long long>(width) * height;
+        format == PictureFormat::png && pixels > most_pixels) {
+        fault = "a picture of " + size + " is too large: found " + std::to_string(pixels) + " pixels, expected at most "
+                + std::to_string(most_pixels) + "; an SVG file has no such bound";
+        return std::nullopt;
+    }
     const FontCache cache;
     std::string bytes; // outlives the surface, which writes to it
     const Surface surface = make_surface(format, width, height, bytes);
     cairo_status_t status = draw(surface.get(), list, style);
     if (status == CAIRO_STATUS_SUCCESS) status = finish(surface.get(), format, bytes);
     if (status == CAIRO_STATUS_SUCCESS) return bytes;
-    fault = "a picture of " + std::to_string(width) + "x" + std::to_string(height)
-            + " pixels cannot be drawn: " + cairo_status_to_string(status);
+    fault = "a picture of " + size + " cannot be drawn: " + cairo_status_to_string(status);
     return std::nullopt;
 }
 

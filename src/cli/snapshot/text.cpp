@@ -26,7 +26,10 @@ std::string to_utf8(FcChar32 code) {
     return std::string(bytes, bytes + length);
 }
 
-// The first letter of the text; the replacement for a byte that is no UTF-8.
+// Codes that will never be letters; cairo draws nothing at all of a text that has one.
+bool is_noncharacter(FcChar32 code) { return (code & 0xfffe) == 0xfffe || (code >= 0xfdd0 && code <= 0xfdef); }
+
+// The first letter of the text; the replacement for what is none, and for a byte that is no UTF-8.
 Letter first_letter(std::string_view text) {
     Letter letter;
     const auto *bytes = reinterpret_cast<const FcChar8 *>(text.data());
@@ -34,7 +37,7 @@ Letter first_letter(std::string_view text) {
     const int length = FcUtf8ToUcs4(bytes, &code, static_cast<int>(std::min<std::size_t>(text.size(), 4)));
     const bool is_letter = length > 0 && (code < 0xd800 || code > 0xdfff) && code <= 0x10ffff
                            && to_utf8(code) == text.substr(0, static_cast<std::size_t>(length));
-    if (is_letter) letter = {code, static_cast<std::size_t>(length)};
+    if (is_letter) letter = {is_noncharacter(code) ? replacement : code, static_cast<std::size_t>(length)};
     return letter;
 }
 
