@@ -20,8 +20,8 @@ namespace {
 // A file that is being written has not changed yet; one that was made by a link or a rename has.
 constexpr std::uint32_t changes = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_CREATE;
 
-// As many as the system follows.
-constexpr int most_links = 40;
+// More than lead to any file; those that lead in circles end here.
+constexpr int most_links = 200;
 
 } // namespace
 
@@ -34,14 +34,17 @@ FileChanges::~FileChanges() { close(descriptor_); }
 // A folder that is watched already keeps its number, and what waits there to be read.
 void FileChanges::set_files(const std::vector<std::string> &files) {
     const std::map<int, Folder> before = std::exchange(folders_, {});
-    for (const std::string &file : files) add(file, {}, most_links);
+    for (const std::string &file : files) {
+        int links_left = most_links;
+        add(file, {}, links_left);
+    }
     for (const auto &[watch, folder] : before)
         if (!folders_.contains(watch)) inotify_rm_watch(descriptor_, watch);
 }
 
 // Watches for all names in the path, the outermost first: what appears before its folder is watched is found there. A
 // change is one of known_as, or, when that is empty, of the path up to the name.
-void FileChanges::add(const std::string &path, const std::string &known_as, int links) {
+void FileChanges::add(const std::string &path, const std::string &known_as, int &links_left) {
     for (std::size_t begin = 0; begin < path.size();) {
         const std::size_t end = std::min(path.find('/', begin), path.size());
         const std::string name = path.substr(begin, end - begin);
@@ -52,8 +55,10 @@ void FileChanges::add(const std::string &path, const std::string &known_as, int 
         if (name.empty()) continue;
         const int watch = inotify_add_watch(descriptor_, folder.c_str(), changes | IN_ONLYDIR);
         if (watch >= 0) folders_[watch].emplace(name, shown);
-        const std::optional<std::string> target = links > 0 ? link_target(up_to_name) : std::nullopt;
-        if (target) add(*target, shown, links - 1);
+        const std::optional<std::string> target = links_left > 0 ? link_target(up_to_name) : std::nullopt;
+        if (!target) continue;
+        --links_left;
+        add(*target, shown, links_left);
     }
 }
 

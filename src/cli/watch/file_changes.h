@@ -30,7 +30,7 @@ public:
 private:
     using Folder = std::map<std::string, std::string>; // a name in the folder -> what a change of it is a change of
 
-    void add(const std::string &path, const std::string &known_as, int links);
+    void add(const std::string &path, const std::string &known_as, int &links_left);
 
     int descriptor_;
     std::map<int, Folder> folders_; // by the number of their watch
