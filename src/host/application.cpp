@@ -80,7 +80,7 @@ bool Application::call(int (*function)(lua_State *L), void *argument, const std:
     return runtime_->lua.call(function, argument, name);
 }
 
-void Application::interrupt() noexcept { runtime_->lua.interrupt(); }
+void Application::interrupt() noexcept { runtime_->interrupt(); }
 
 Diagnostics Application::check_scripts() const {
     Diagnostics found;

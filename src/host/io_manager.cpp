@@ -155,11 +155,20 @@ std::size_t IoManager::pump(std::size_t most) {
     if (pumps_ > 0) return 0;
     const Raised pumping(pumps_);
     std::size_t delivered = 0;
-    for (; delivered < most && !queue_.empty(); ++delivered) deliver_next();
-    if (!queue_.empty())
+    for (; delivered < most && !queue_.empty() && interrupted_ == 0; ++delivered) deliver_next();
+    if (interrupted_ != 0)
+        drop_events();
+    else if (!queue_.empty())
         log_.format(KL_LOG_WARNING, "Stopped after delivering %lu events, %lu still wait: do events queue each other?",
                     static_cast<unsigned long>(delivered), static_cast<unsigned long>(queue_.size()));
     return delivered;
+}
+
+void IoManager::drop_events() {
+    const auto is_event = [](const auto &waiting) { return std::holds_alternative<Event>(waiting); };
+    if (const std::size_t dropped = std::erase_if(queue_, is_event); dropped > 0)
+        log_.format(KL_LOG_WARNING, "Interrupted: events that waited are dropped, %lu",
+                    static_cast<unsigned long>(dropped));
 }
 
 void IoManager::deliver_next() {

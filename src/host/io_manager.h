@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -48,6 +49,11 @@ public:
     // delivery of its own it returns 0: the pump that runs already delivers the rest.
     std::size_t pump(std::size_t most = 100000);
 
+    // Until it is forgotten, a pump ends before its next delivery, and drops the events that wait with a warning.
+    // Callbacks stay queued: their user data may be somebody's only once they are called. Fit for a signal handler.
+    void interrupt() noexcept { interrupted_ = 1; }
+    void forget_interruption() noexcept { interrupted_ = 0; }
+
 private:
     struct Record : kl_io_mgr_t {
         IoManager *self = nullptr;
@@ -80,6 +86,7 @@ private:
     void deliver(Event event);
     void call_listeners(Event &event);
     void deliver_next();
+    void drop_events();
     bool unsubscribe(io_listener_t listener, void *user_data) noexcept;
     void forget_everything() noexcept;
 
@@ -93,6 +100,7 @@ private:
     void *guard_context_ = nullptr;
     int deliveries_ = 0; // under way, one inside the other
     int pumps_ = 0;      // 1 while a pump is under way
+    volatile std::sig_atomic_t interrupted_ = 0;
 };
 
 } // namespace kelhost

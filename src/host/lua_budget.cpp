@@ -87,7 +87,6 @@ void LuaBudget::begin(lua_State *L) noexcept {
     lifted_ = true;
     refused_memory_ = false;
     instructions_ = 0;
-    interrupted_ = 0;
     c_stack_begin_ = c_stack_place();
     if (limits_.instructions != 0) set_hook(L, check_period);
 }

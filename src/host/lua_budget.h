@@ -31,8 +31,9 @@ public:
     void end() noexcept { running_ = false; }
 
     // Lets the call that is under way end at its next check, as if its instructions were spent. Where these are not
-    // bounded nothing checks. Fit for a signal handler.
+    // bounded nothing checks. Calls that begin later end so too, until it is forgotten. Fit for a signal handler.
     void interrupt() noexcept { interrupted_ = 1; }
+    void forget_interruption() noexcept { interrupted_ = 0; }
 
     // Bracket work that must not fail for the bound itself: preparing a call, describing an error.
     void lift_memory_bound() noexcept { lifted_ = true; }

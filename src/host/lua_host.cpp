@@ -335,6 +335,7 @@ bool LuaHost::call_protected(Job &job) noexcept {
 bool LuaHost::perform(Job &job) {
     const Runtime::Activity activity(runtime_, runtime_.options.activity ? job.in_words() : std::string());
     const int holds = runtime_.data.hold_depth();
+    if (depth_ == 0 && runtime_.uses == 0) forget_interruption(); // of a call that is over
     if (depth_++ == 0) budget_.begin(state_);
     const bool succeeded = call_protected(job);
     if (--depth_ == 0) budget_.end();

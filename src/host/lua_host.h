@@ -43,6 +43,7 @@ public:
 
     // Ends the call into scripts that is under way, see Application::interrupt().
     void interrupt() noexcept { budget_.interrupt(); }
+    void forget_interruption() noexcept { budget_.forget_interruption(); }
 
     // Whether a call into scripts is under way.
     bool running() const noexcept { return depth_ > 0; }

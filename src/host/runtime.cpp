@@ -40,6 +40,24 @@ Runtime::Activity::~Activity() {
     if (runtime_.options.activity) runtime_.options.activity(runtime_.activity);
 }
 
+Runtime::Use::Use(Runtime &runtime) : runtime_(runtime), activity_(runtime, "the application") {
+    if (runtime_.uses++ == 0) runtime_.forget_interruption();
+}
+
+Runtime::Use::~Use() {
+    if (--runtime_.uses == 0) runtime_.forget_interruption();
+}
+
+void Runtime::interrupt() noexcept {
+    lua.interrupt();
+    if (uses > 0) io.interrupt();
+}
+
+void Runtime::forget_interruption() noexcept {
+    lua.forget_interruption();
+    io.forget_interruption();
+}
+
 StartResult Runtime::start() {
     if (started || stopped) {
         start_failure = "An application can be started once only";

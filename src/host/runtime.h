@@ -38,6 +38,9 @@ struct Runtime {
     // Whether scripts can run: from start() to stop(), unless the start failed.
     bool is_running() const noexcept { return lua.state() != nullptr && !stopped; }
 
+    // Application::interrupt(), see there.
+    void interrupt() noexcept;
+
     // Closes a bracket of the data manager for callers who can bear no exception.
     void release_changes() noexcept;
 
@@ -54,11 +57,12 @@ struct Runtime {
         std::string before_;
     };
 
-    // Counts the host's calls into the application, during which it cannot be taken down.
+    // Counts the host's calls into the application, during which it cannot be taken down. An interruption lasts until
+    // the outermost one ends: handlers that queue each other would outlive one that ended with a handler.
     class Use {
     public:
-        explicit Use(Runtime &runtime) : runtime_(runtime), activity_(runtime, "the application") { ++runtime_.uses; }
-        ~Use() { --runtime_.uses; }
+        explicit Use(Runtime &runtime);
+        ~Use();
         Use(const Use &) = delete;
         Use &operator=(const Use &) = delete;
 
@@ -90,6 +94,7 @@ private:
     StartResult fail(std::string reason);
     bool run_scripts();
     void take_down() noexcept;
+    void forget_interruption() noexcept;
 };
 
 } // namespace kelhost

@@ -1,7 +1,9 @@
 // test_interrupt.cpp: ending a script from outside, and C functions that are called as scripts are.
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include <doctest/doctest.h>
 
@@ -31,6 +33,29 @@ struct InterruptibleApplication : ScriptedApplication {
         interrupted_host = &runtime.lua;
         lua_register(state(), "interrupt", interrupt);
     }
+};
+
+int press_ctrl_c(lua_State *L) {
+    static_cast<kelhost::Application *>(lua_touserdata(L, lua_upvalueindex(1)))->interrupt();
+    return 0;
+}
+
+// An application with a handler "go" for "go", whose log is kept.
+struct InterruptedApplication {
+    explicit InterruptedApplication(Options options) {
+        kelhost::ApplicationDescription description = small_application();
+        description.handlers.push_back({.event = "go", .target = {}, .function = "go"});
+        kelhost::Diagnostics faults;
+        app = kelhost::Application::create(description, capture.attach(std::move(options)), faults);
+        REQUIRE(app != nullptr);
+        REQUIRE(app->start() == kelhost::StartResult::started);
+        lua_pushlightuserdata(app->lua(), app.get());
+        lua_pushcclosure(app->lua(), press_ctrl_c, 1);
+        lua_setglobal(app->lua(), "interrupt");
+    }
+
+    Capture capture;
+    std::unique_ptr<kelhost::Application> app;
 };
 
 int count_up(lua_State *L) {
@@ -69,7 +94,70 @@ TEST_CASE("an interruption while no script runs is forgotten") {
     CHECK(app.run("for i = 1, 100000 do end"));
 }
 
-TEST_CASE("without a bound on instructions nothing is interrupted") {
+TEST_CASE("an interruption ends handlers that queue each other, and drops the events that wait") {
+    // Short handlers notice nothing themselves.
+    for (const Options &options : {watched(), Options{}}) {
+        InterruptedApplication test(options);
+        kelhost::Application &app = *test.app;
+        REQUIRE(app.run_code("n = 0 function go() n = n + 1 kel.queue_event('go') kel.queue_event('go') "
+                             "if n == 3 then interrupt() end end",
+                             "test"));
+        app.queue_event("go");
+        CHECK(app.pump() == 3);
+        CHECK(test.capture.take_log() == "warning: Interrupted: events that waited are dropped, 4");
+        CHECK(app.script_errors().empty());
+        REQUIRE(app.run_code("print(n)", "test"));
+        CHECK(test.capture.take_output() == "3\n");
+        CHECK(app.pump() == 0); // nothing is left to go on with
+        app.queue_event("go");
+        REQUIRE(app.run_code("function go() print('again') end", "test"));
+        CHECK(app.pump() == 1); // and it is forgotten
+        CHECK(test.capture.take_output() == "again\n");
+    }
+}
+
+TEST_CASE("an interruption lasts until the host's call ends, whatever runs next in it") {
+    InterruptedApplication test(watched());
+    kelhost::Application &app = *test.app;
+    REQUIRE(app.run_code("function go() interrupt() for i = 1, 10000 do end end", "test"));
+    app.trigger_event("go");
+    CHECK(test.capture.take_log().starts_with("error: test:1: interrupted\n"));
+    app.queue_event("go");
+    app.queue_event("go");
+    CHECK(app.pump() == 1);
+    const std::string log = test.capture.take_log();
+    CHECK(log.starts_with("error: test:1: interrupted\n"));
+    CHECK(log.ends_with("\nwarning: Interrupted: events that waited are dropped, 1"));
+    REQUIRE(app.run_code("for i = 1, 10000 do end", "test"));
+}
+
+TEST_CASE("an interruption between the host's calls is forgotten") {
+    InterruptedApplication test(watched());
+    kelhost::Application &app = *test.app;
+    app.interrupt();
+    REQUIRE(app.run_code("function go() for i = 1, 10000 do end print('gone') end", "test"));
+    app.interrupt();
+    app.queue_event("go");
+    CHECK(app.pump() == 1);
+    CHECK(test.capture.take_output() == "gone\n");
+}
+
+TEST_CASE("a callback that waits outlives an interruption") {
+    InterruptedApplication test(watched());
+    kelhost::Application &app = *test.app;
+    REQUIRE(app.run_code("function go() interrupt() end", "test"));
+    app.queue_event("go");
+    int calls = 0;
+    kl_io_mgr_t *const io = app.record()->linfo->io_mgr;
+    const auto count = [](kl_io_mgr_t *, void *number) { ++*static_cast<int *>(number); };
+    CHECK(io->queue_callback(io, count, &calls) == 0);
+    CHECK(app.pump() == 1);
+    CHECK(calls == 0);
+    CHECK(app.pump() == 1);
+    CHECK(calls == 1);
+}
+
+TEST_CASE("without a bound on instructions no script is interrupted") {
     InterruptibleApplication app(Options{});
     CHECK(app.run("interrupt() for i = 1, 100000 do end"));
 }

@@ -73,9 +73,11 @@ public:
     // name: what messages call it.
     bool call(int (*function)(lua_State *L), void *argument, const std::string &name);
 
-    // Lets the script that runs fail with the error "interrupted"; it cannot go on by catching that. Nothing happens
-    // when none runs, in the midst of a library function, or without a bound on instructions (see Limits), however
-    // high: without one nothing is checked. May be called in a signal handler.
+    // Ends the call that is under way: start(), pump() and so on. The script that runs, and any that would run next in
+    // that call, fails with the error "interrupted"; it cannot go on by catching that. A script does not notice in the
+    // midst of a library function, or without a bound on instructions (see Limits), however high: without one nothing
+    // is checked. Events that wait are dropped with a warning, callbacks that wait stay: handlers that queue each other
+    // end for good. Nothing happens when no call is under way. May be called in a signal handler.
     void interrupt() noexcept;
 
     // Compiles every script of the application without running it; what does not compile is a diagnostic with its line.
