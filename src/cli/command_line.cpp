@@ -3,9 +3,11 @@
 #include "command_line.h"
 
 #include "events.h"
+#include "object_names.h"
 #include "output.h"
 #include "snapshot_file.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -153,10 +155,15 @@ std::string check_log_level(const std::string &text) {
     return "no log level \"" + text + "\"; there are " + names;
 }
 
+std::string check_file(const std::string &text) {
+    return text.empty() ? std::string("expected the name of a file, found \"\"") : std::string();
+}
+
 void add_path(CLI::App &parser, std::string &path) {
     parser.add_option("APP", path, "Application file, or the folder that holds it as app.json")
         ->required()
-        ->type_name("PATH");
+        ->type_name("PATH")
+        ->check(CLI::Validator(check_file, ""));
 }
 
 std::string check_bound(const std::string &text) {
@@ -202,7 +209,8 @@ void add_session_options(CLI::App &parser, SessionArguments &session) {
         ->type_name("LEVEL")
         ->check(CLI::Validator(check_log_level, ""));
     parser.add_option("--plugin", session.plugin, "The keldom plug-in, instead of the one near the tool")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(CLI::Validator(check_file, ""));
     add_limits(parser, session);
 }
 
@@ -216,7 +224,9 @@ Command add_run_command(CLI::App &tool) {
     CLI::App *parser = tool.add_subcommand("run", "Run an application: its scripts, then what the options add");
     const auto arguments = std::make_shared<RunArguments>();
     add_path(*parser, arguments->session.path);
-    add_repeated(*parser, "--script", arguments->scripts, "Run a Lua file; may be given again")->type_name("FILE");
+    add_repeated(*parser, "--script", arguments->scripts, "Run a Lua file; may be given again")
+        ->type_name("FILE")
+        ->check(CLI::Validator(check_file, ""));
     add_repeated(*parser, "--exec", arguments->code, "Run a piece of Lua code; may be given again")->type_name("CODE");
     add_repeated(*parser, "--event", arguments->events,
                  "Send an event, to an object if one is named; may be given again")
@@ -263,12 +273,15 @@ Command add_test_command(CLI::App &tool) {
     CLI::App *parser = tool.add_subcommand("test", "Run the tests of an application");
     const auto arguments = std::make_shared<TestArguments>();
     add_path(*parser, arguments->session.path);
-    parser->add_option("FILES", arguments->files, "Test files, or folders of *_spec.lua")->type_name("PATH");
+    parser->add_option("FILES", arguments->files, "Test files, or folders of *_spec.lua")
+        ->type_name("PATH")
+        ->check(CLI::Validator(check_file, ""));
     parser->add_option("--format", arguments->format, "terminal (default), tap or junit")
         ->type_name("FORMAT")
         ->check(CLI::IsMember({"terminal", "tap", "junit"}).description(""));
     parser->add_option("--output", arguments->output, "Write the JUnit report to a file, and show the terminal's")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(CLI::Validator(check_file, ""));
     parser->add_option("--filter", arguments->filter, "Run the tests whose full names match a Lua pattern")
         ->type_name("PATTERN");
     parser->add_flag("--list", arguments->list, "List the tests instead of running them");
@@ -330,6 +343,52 @@ ExitStatus report_usage_error(const std::string &message, const CLI::App &tool) 
     return bad_input;
 }
 
+// The words that the parser has no use for, as they were given: it tells them in an order of its own.
+std::vector<std::string> unexpected_words(const CLI::App &tool, int argc, char **argv) {
+    std::vector<std::string> unused = tool.remaining(true);
+    std::vector<std::string> words;
+    for (int index = argc - 1; index > 0; --index) {
+        const auto found = std::find(unused.begin(), unused.end(), argv[index]);
+        if (found == unused.end()) continue;
+        unused.erase(found);
+        words.emplace_back(argv[index]);
+    }
+    std::reverse(words.begin(), words.end());
+    return words;
+}
+
+std::string unknown_command(const std::string &word, const CLI::App &tool) {
+    std::vector<std::string> names;
+    std::string all;
+    for (const CLI::App *const command : tool.get_subcommands({})) {
+        names.push_back(command->get_name());
+        all += (all.empty() ? "" : ", ") + names.back();
+    }
+    const std::string nearest = suggest(word, names);
+    return "there is no command \"" + word + "\"" + nearest + (nearest.empty() ? "; there are " : " There are ") + all;
+}
+
+// For the first of the words that is an option.
+std::string suggest_option(const std::vector<std::string> &words, const CLI::App &parser) {
+    const auto option =
+        std::find_if(words.begin(), words.end(), [](const auto &word) { return word.starts_with('-'); });
+    if (option == words.end()) return {};
+    std::vector<std::string> names;
+    for (const CLI::Option *const known : parser.get_options())
+        for (const std::string &name : known->get_lnames()) names.push_back("--" + name);
+    return suggest(option->substr(0, option->find('=')), names);
+}
+
+std::string unexpected_text(const std::vector<std::string> &words, const CLI::App &tool) {
+    const auto chosen = tool.get_subcommands();
+    if (chosen.empty() && !words.front().starts_with('-')) return unknown_command(words.front(), tool);
+    std::string all;
+    for (const std::string &word : words) all += " " + word;
+    const char *const start =
+        words.size() == 1 ? "The following argument was not expected:" : "The following arguments were not expected:";
+    return start + all + suggest_option(words, chosen.empty() ? tool : *chosen.front());
+}
+
 } // namespace
 
 ExitStatus execute_command_line(int argc, char **argv) {
@@ -343,6 +402,9 @@ ExitStatus execute_command_line(int argc, char **argv) {
                                            add_repl_command(tool)};
     try {
         tool.parse(argc, argv);
+    } catch (const CLI::ExtrasError &error) {
+        const std::vector<std::string> words = unexpected_words(tool, argc, argv);
+        return report_usage_error(words.empty() ? error.what() : unexpected_text(words, tool), tool);
     } catch (const CLI::ParseError &error) {
         const bool asked_for_text = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
         if (!asked_for_text) return report_usage_error(error.what(), tool);

@@ -5,6 +5,7 @@
 #include "output.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace kelhost {
 
@@ -25,15 +26,22 @@ bool exists(const Application &app, const std::string &target) {
     return app.find(target) != nullptr || app.variable(target).has_value();
 }
 
-bool has_handler(const Application &app, const Event &event) {
-    const auto &handlers = app.description().handlers;
-    return std::any_of(handlers.begin(), handlers.end(), [&event](const HandlerDescription &handler) {
-        return handler.event == event.name && (handler.target.empty() || handler.target == event.target);
-    });
-}
-
 std::string in_words(const Event &event) {
     return event.target.empty() ? "\"" + event.name + "\"" : "\"" + event.name + "\" on " + event.target;
+}
+
+// Those that a handler is called for when they are sent to that target.
+std::vector<std::string> handled_events(const Application &app, const std::string &target) {
+    std::vector<std::string> names;
+    for (const HandlerDescription &handler : app.description().handlers)
+        if (handler.target.empty() || handler.target == target) names.push_back(handler.event);
+    return names;
+}
+
+void note_if_unhandled(const Application &app, const Event &event) {
+    const std::vector<std::string> handled = handled_events(app, event.target);
+    if (std::find(handled.begin(), handled.end(), event.name) != handled.end()) return;
+    report_note("no handler is called for event " + in_words(event) + suggest(event.name, handled));
 }
 
 } // namespace
@@ -47,7 +55,7 @@ bool send_event(Application &app, const std::string &text) {
                      + suggest(event.target, object_names(app)));
         return false;
     }
-    if (!has_handler(app, event)) report_note("no handler is called for event " + in_words(event));
+    note_if_unhandled(app, event);
     app.queue_event(event.name, event.target);
     app.pump();
     return true;

@@ -1,12 +1,26 @@
 // object_names.cpp: collects names from the variables that every object has, and finds the nearest.
 #include "object_names.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
 #include <kelhost/closest_name.h>
 
 namespace kelhost {
+
+namespace {
+
+// The first with these components at its end, for who left out what it is in. "" when there is none.
+std::string name_that_ends_with(const std::string &components, const std::vector<std::string> &names) {
+    if (components.empty()) return {};
+    const auto found = std::find_if(names.begin(), names.end(), [ending = "." + components](const std::string &name) {
+        return name.ends_with(ending);
+    });
+    return found != names.end() ? *found : std::string();
+}
+
+} // namespace
 
 std::vector<std::string> object_names(const Application &app) {
     std::set<std::string> names;
@@ -23,7 +37,9 @@ std::vector<std::string> object_names(const Application &app) {
 std::string suggest(const std::string &wrong, const std::vector<std::string> &names) {
     ClosestName closest(wrong);
     for (const std::string &name : names) closest.offer(name);
-    return closest.found().empty() ? std::string() : "; did you mean " + closest.found() + "?";
+    std::string found = closest.found();
+    if (found.empty()) found = name_that_ends_with(wrong, names);
+    return found.empty() ? std::string() : "; did you mean " + found + "?";
 }
 
 } // namespace kelhost

@@ -154,7 +154,7 @@ class Events(ToolTest):
     def test_an_event_that_no_handler_is_for_is_noted(self):
         app = self.write_handled_app()
         self.assertResult(self.kel("run", app, "--event", "pres:main.ok", "--strict"), SUCCEEDED,
-                          err='note: no handler is called for event "pres" on main.ok\n')
+                          err='note: no handler is called for event "pres" on main.ok; did you mean press?\n')
         self.assertResult(self.kel("run", app, "--event", "press"), SUCCEEDED,
                           err='note: no handler is called for event "press"\n')
 

@@ -102,6 +102,9 @@ class Tree(ToolTest):
                           err='error: there is no object "main.lst"; did you mean main.list?\n')
         self.assertResult(self.kel("tree", "demo", "main.huor"), BAD_INPUT,
                           err='error: there is no object "main.huor"; did you mean main.hour?\n')
+        self.assertResult(self.kel("tree", "demo", "list"), BAD_INPUT,
+                          err='error: there is no object "list"; did you mean main.list?\n')
+        self.assertResult(self.kel("tree", "demo", "ist"), BAD_INPUT, err='error: there is no object "ist"\n')
         self.assertResult(self.kel("tree", "demo", "demo"), BAD_INPUT, err='error: there is no object "demo"\n')
 
     def test_events_come_before(self):

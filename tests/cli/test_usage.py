@@ -39,7 +39,11 @@ class WrongUsage(ToolTest):
         self.check_usage([], "A command is missing", "kel")
 
     def test_unknown_command(self):
-        self.check_usage(["frobnicate"], "The following argument was not expected: frobnicate", "kel")
+        commands = "run, check, snapshot, test, tree, vars, repl"
+        self.check_usage(["frobnicate"], f'there is no command "frobnicate"; there are {commands}', "kel")
+        self.check_usage(["tre", "c"], f'there is no command "tre"; did you mean tree? There are {commands}', "kel")
+        self.check_usage(["foo", "--frob"], f'there is no command "foo"; there are {commands}', "kel")
+        self.check_usage([""], f'there is no command ""; there are {commands}', "kel")
 
     def test_run_without_an_application(self):
         self.check_usage(["run"], "APP is required", "kel run")
@@ -50,8 +54,27 @@ class WrongUsage(ToolTest):
     def test_two_applications(self):
         self.check_usage(["check", "a", "b"], "The following argument was not expected: b", "kel check")
 
+    def test_extra_words_are_listed_in_their_order(self):
+        self.check_usage(["check", "a", "b", "c", "a"], "The following arguments were not expected: b c a", "kel check")
+
     def test_unknown_option(self):
         self.check_usage(["run", "demo", "--frob"], "The following argument was not expected: --frob", "kel run")
+
+    def test_the_nearest_option_is_named(self):
+        for given in ("--scrip", "--scirpt=x"):
+            self.check_usage(["run", "demo", given], f"The following argument was not expected: {given}; did you mean "
+                             "--script?", "kel run")
+        self.check_usage(["--versio"], "The following argument was not expected: --versio; did you mean --version?",
+                         "kel")
+
+    def test_an_empty_name_of_a_file(self):
+        found = 'expected the name of a file, found ""'
+        self.check_usage(["check", ""], f"APP: {found}", "kel check")
+        self.check_usage(["run", ""], f"APP: {found}", "kel run")
+        self.check_usage(["run", "demo", "--script", ""], f"--script: {found}", "kel run")
+        self.check_usage(["run", "demo", "--plugin", ""], f"--plugin: {found}", "kel run")
+        self.check_usage(["test", "demo", ""], f"FILES: {found}", "kel test")
+        self.check_usage(["test", "demo", "--format", "junit", "--output", ""], f"--output: {found}", "kel test")
 
     def test_an_option_without_its_value(self):
         self.check_usage(["run", "demo", "--script"], "--script: 1 required FILE missing", "kel run")
