@@ -1,5 +1,5 @@
 // ctrl_c.h: what Ctrl-C does while an application is driven from a terminal: it ends the script that runs, or what is
-// being typed, but not the tool.
+// being typed, but not the tool, unless it is pressed three times and nothing else helps.
 #pragma once
 
 #include "../session.h"
