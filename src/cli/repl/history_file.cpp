@@ -1,6 +1,8 @@
 // history_file.cpp: finds the file's place and makes it, as far as that goes.
 #include "history_file.h"
 
+#include "../whole_file.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -34,19 +36,19 @@ private:
     const mode_t before_;
 };
 
-void write_lines(const fs::path &path, const std::vector<std::string> &lines) {
-    std::ofstream file(path, std::ios::app);
-    for (const std::string &line : lines) file << line << '\n';
+// A file that cannot be replaced stays as it is.
+void replace_lines(const std::string &path, const std::vector<std::string> &lines) {
+    const PrivateFiles only_mine;
+    std::string content;
+    for (const std::string &line : lines) content += line + '\n';
+    static_cast<void>(write_whole_file(path, content));
 }
 
-// The file is whole at any time.
-void replace_lines(const fs::path &path, const std::vector<std::string> &lines) {
-    const PrivateFiles only_mine;
-    const fs::path fresh = path.string() + ".new";
+// A device or a pipe could keep its reader for ever.
+bool can_be_history(const fs::path &path) {
     std::error_code ignored;
-    fs::remove(fresh, ignored);
-    write_lines(fresh, lines);
-    fs::rename(fresh, path, ignored);
+    const fs::file_type type = fs::status(path, ignored).type();
+    return type == fs::file_type::regular || type == fs::file_type::not_found;
 }
 
 } // namespace
@@ -58,7 +60,7 @@ HistoryFile::HistoryFile() {
     std::error_code ignored;
     fs::create_directories(state / "kel", ignored);
     const fs::path file = state / "kel" / "history";
-    if (std::ofstream(file, std::ios::app)) path_ = file;
+    if (can_be_history(file) && std::ofstream(file, std::ios::app)) path_ = file;
 }
 
 std::vector<std::string> HistoryFile::lines() const {
@@ -67,12 +69,12 @@ std::vector<std::string> HistoryFile::lines() const {
     for (std::string line; std::getline(file, line);) lines.push_back(line);
     const std::size_t count = lines.size();
     if (count > most_lines) lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(most_lines));
-    if (count >= 2 * most_lines) replace_lines(path_, lines);
+    if (count >= 2 * most_lines && !file.bad()) replace_lines(path_, lines);
     return lines;
 }
 
 void HistoryFile::append(const std::string &line) const {
-    if (!path_.empty()) write_lines(path_, {line});
+    if (!path_.empty()) std::ofstream(path_, std::ios::app) << line << '\n';
 }
 
 } // namespace kelhost
