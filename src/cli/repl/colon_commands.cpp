@@ -87,8 +87,8 @@ constexpr const char *help_footer = R"(
 Anything else is Lua: an expression, whose results are shown, or statements. What ends too early goes on on the next
 line, until Ctrl-C cancels it. Waiting events are delivered after each piece. A piece is a chunk of its own: its local
 variables end with it, globals stay.
-TAB completes names of objects in quotes, keys in kel.get_value("..., methods after h: and fields after a dot.
-Ctrl-C ends a script that runs.
+TAB completes names of objects in quotes, keys in kel.get_value("... and h:get_value("..., methods after h: and fields
+after a dot. Ctrl-C ends a script that runs; where a library function does not end, the third one ends kel.
 )";
 
 CommandResult help(Session &, const Words &) {
@@ -108,6 +108,11 @@ Words split(const std::string &line) {
 }
 
 } // namespace
+
+bool is_command(std::string_view line) {
+    const std::size_t begin = line.find_first_not_of(" \t");
+    return begin != std::string_view::npos && line[begin] == ':';
+}
 
 CommandResult execute_command(Session &session, const std::string &line) {
     const Words words = split(line);

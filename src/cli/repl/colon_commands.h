@@ -4,13 +4,17 @@
 #include "../session.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kelhost {
 
 enum class CommandResult { done, refused, quit };
 
-// Does what a line that begins with ":" says. Refused: after an error message.
+// Whether the line begins with ":", after blanks or at once: no code does.
+bool is_command(std::string_view line);
+
+// Does what such a line says. Refused: after an error message.
 CommandResult execute_command(Session &session, const std::string &line);
 
 // ":help" and so on.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
 #include <utility>
 
 namespace kelhost {
@@ -43,12 +44,26 @@ std::size_t open_quote(std::string_view text) {
     return open;
 }
 
-// "kel.set_value" for `x = kel.set_value("a", `.
+// "kel.set_value" for `x = kel.set_value("a", `, "ok:get_value" for `ok:get_value(`.
 std::string_view called_function(std::string_view before_quote) {
     const std::size_t bracket = before_quote.rfind('(');
     if (bracket == std::string_view::npos) return {};
     const std::string_view before = without_blanks_at_end(before_quote.substr(0, bracket));
-    return before.substr(begin_of_last(before, is_path_letter));
+    return before.substr(begin_of_last(before, [](char letter) { return is_path_letter(letter) || letter == ':'; }));
+}
+
+// Methods of handles that take the names of variables.
+bool takes_variables(std::string_view method) {
+    return method == "get_value" || method == "set_value" || method == "get_data" || method == "key";
+}
+
+// Of the object whose handle the path leads to, and of those in it.
+std::vector<std::string> variables_of(Application &app, std::string_view path) {
+    const std::optional<std::string> prefix = key_prefix_of(app, path);
+    if (!prefix) return {};
+    std::vector<std::string> names = app.keys(*prefix);
+    for (std::string &name : names) name.erase(0, prefix->size());
+    return names;
 }
 
 Completions make(std::size_t begin, std::string_view typed, std::vector<std::string> words) {
@@ -61,8 +76,17 @@ Completions make(std::size_t begin, std::string_view typed, std::vector<std::str
 Completions complete_string(Application &app, std::string_view line, std::size_t quote) {
     const std::string_view typed = line.substr(quote + 1);
     const std::string_view function = called_function(line.substr(0, quote));
+    if (const std::size_t colon = function.rfind(':');
+        colon != std::string_view::npos && takes_variables(function.substr(colon + 1)))
+        return make(quote + 1, typed, variables_of(app, function.substr(0, colon)));
     const bool keys = function == "kel.get_value" || function == "kel.set_value";
     return make(quote + 1, typed, keys ? app.keys(typed) : object_names(app));
+}
+
+std::vector<std::string> screen_names(const Application &app) {
+    std::vector<std::string> names;
+    for (const ScreenDescription &screen : app.description().screens) names.push_back(screen.name);
+    return names;
 }
 
 Completions complete_command(Application &app, std::string_view line) {
@@ -71,6 +95,7 @@ Completions complete_command(Application &app, std::string_view line) {
     const std::string_view command = line.substr(0, blank);
     const std::size_t begin = line.find_last_of(command == ":event" ? " :" : " ") + 1;
     const std::string_view typed = line.substr(begin);
+    if (command == ":snapshot" && begin == blank + 1) return make(begin, typed, screen_names(app));
     if (command == ":vars") return make(begin, typed, app.keys(typed));
     if (command == ":tree" || (command == ":event" && line[begin - 1] == ':'))
         return make(begin, typed, object_names(app));
@@ -97,7 +122,12 @@ Completions complete_code(Application &app, std::string_view line) {
 } // namespace
 
 Completions complete(Application &app, std::string_view before_cursor) {
-    if (before_cursor.starts_with(':')) return complete_command(app, before_cursor);
+    if (is_command(before_cursor)) {
+        const std::size_t colon = before_cursor.find(':');
+        Completions found = complete_command(app, before_cursor.substr(colon));
+        found.begin += colon;
+        return found;
+    }
     if (const std::size_t quote = open_quote(before_cursor); quote != std::string_view::npos)
         return complete_string(app, before_cursor, quote);
     return complete_code(app, before_cursor);

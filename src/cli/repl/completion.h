@@ -15,9 +15,10 @@ struct Completions {
     std::vector<std::string> words; // whole ones; sorted, each once
 };
 
-// In quotes: the names of objects, or after kel.get_value( and kel.set_value( the keys of variables. After a dot or a
-// colon: the fields or methods of the value that the path before it leads to. Else: globals. In a command: what it
-// takes. Nothing is called and no metamethod is used: a path of names is followed as far as plain fields lead.
+// In quotes: the names of objects; after kel.get_value( and kel.set_value( the keys of variables, and after
+// h:get_value( and the like those of the handle's object, as the method takes them. After a dot or a colon: the fields
+// or methods of the value that the path before it leads to. Else: globals. In a command: what it takes. Nothing of a
+// script's is called and no metamethod is used: a path of names is followed as far as plain fields lead.
 Completions complete(Application &app, std::string_view before_cursor);
 
 } // namespace kelhost

@@ -3,8 +3,10 @@
 #include "lua_names.h"
 
 #include "identifier.h"
+#include "value_text.h"
 
 #include <cstddef>
+#include <utility>
 
 #include <lua.hpp>
 
@@ -78,12 +80,42 @@ int collect(lua_State *L) {
     return 0;
 }
 
+struct PrefixQuery {
+    const Application &app;
+    std::string_view path;
+    std::optional<std::string> prefix{};
+};
+
+void find_prefix(lua_State *L, PrefixQuery &query, int index, int facts) noexcept {
+    try {
+        query.prefix = handle_key_prefix(query.app, L, index, facts);
+    } catch (...) { // no memory: no completions
+        return;
+    }
+}
+
+int look_for_prefix(lua_State *L) {
+    auto &query = *static_cast<PrefixQuery *>(lua_touserdata(L, 1));
+    if (!follow(L, query.path)) return 0;
+    const int index = lua_gettop(L);
+    luaL_checkstack(L, value_text_slots, "no room");
+    push_handle_facts(L);
+    find_prefix(L, query, index, index + 1);
+    return 0;
+}
+
 } // namespace
 
 std::vector<std::string> names_within(Application &app, std::string_view path, bool only_functions) {
     Query query{.path = path, .only_functions = only_functions};
     if (lua_cpcall(app.lua(), collect, &query) != 0) lua_pop(app.lua(), 1); // no memory: what was found is shown
     return std::move(query.names);
+}
+
+std::optional<std::string> key_prefix_of(Application &app, std::string_view path) {
+    PrefixQuery query{.app = app, .path = path};
+    if (lua_cpcall(app.lua(), look_for_prefix, &query) != 0) lua_pop(app.lua(), 1);
+    return std::move(query.prefix);
 }
 
 } // namespace kelhost

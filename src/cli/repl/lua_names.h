@@ -1,6 +1,7 @@
 // lua_names.h: the names that a value in the Lua state has to offer.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,5 +14,9 @@ namespace kelhost {
 // only_functions of those that are functions. What the value has by the __index tables of its metatable counts too; a
 // userdata has nothing else. Nothing is called. Names that are no identifiers are left out.
 std::vector<std::string> names_within(Application &app, std::string_view path, bool only_functions);
+
+// What the keys of an object's variables begin with, "main.ok." or "" for the application, when the path leads to the
+// object's handle.
+std::optional<std::string> key_prefix_of(Application &app, std::string_view path);
 
 } // namespace kelhost

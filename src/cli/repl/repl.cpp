@@ -53,7 +53,7 @@ bool Repl::run() {
 
 // False when it is the last one.
 bool Repl::take(const std::string &line) {
-    if (pending_.empty() && line.starts_with(':')) {
+    if (pending_.empty() && is_command(line)) {
         const CommandResult result = execute_command(session_, line);
         good_ = good_ && result != CommandResult::refused;
         return result != CommandResult::quit;

@@ -11,6 +11,7 @@
 #include <iterator>
 #include <map>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <kel/kel.h>
@@ -83,10 +84,17 @@ public:
     Writer(const Application &app, lua_State *L, int facts) : app_(app), L_(L), facts_(facts) {}
 
     std::string text(int index);
+    std::optional<std::string> key_prefix(int index) const;
 
 private:
+    struct Handle {
+        std::size_t type; // as large as can be when it has none
+        std::string name; // "" when it has none
+    };
     std::string pointer_text(int index) const;
     bool is_handle(int index) const;
+    Handle look_at(int index) const;
+    bool is_stale(const Handle &handle) const;
     std::string handle_text(int index) const;
     bool call_method(int field, int index) const;
     std::string table_text(int index);
@@ -151,16 +159,31 @@ bool Writer::call_method(int field, int index) const {
 }
 
 // A handle that was collected by hand has no name.
-std::string Writer::handle_text(int index) const {
+Writer::Handle Writer::look_at(int index) const {
     const int top = lua_gettop(L_);
     const bool has_type = call_method(get_type_field, index);
     const auto type = static_cast<std::size_t>(has_type ? lua_tointeger(L_, -1) : -1);
     const bool has_name = call_method(get_name_field, index) && lua_type(L_, -1) == LUA_TSTRING;
-    const std::string name(has_name ? string_at(L_, -1) : std::string_view());
+    std::string name(has_name ? string_at(L_, -1) : std::string_view());
     lua_settop(L_, top);
-    const std::string kind = type < std::size(kind_names) ? kind_names[type] : "handle";
-    const bool stale = type != KL_OBJECT_TYPE_APP && app_.find(name) == nullptr;
-    return (stale ? "<stale " : "<") + kind + (name.empty() ? "" : " ") + name + ">";
+    return {type, std::move(name)};
+}
+
+bool Writer::is_stale(const Handle &handle) const {
+    return handle.type != KL_OBJECT_TYPE_APP && app_.find(handle.name) == nullptr;
+}
+
+std::string Writer::handle_text(int index) const {
+    const Handle handle = look_at(index);
+    const std::string kind = handle.type < std::size(kind_names) ? kind_names[handle.type] : "handle";
+    return (is_stale(handle) ? "<stale " : "<") + kind + (handle.name.empty() ? "" : " ") + handle.name + ">";
+}
+
+std::optional<std::string> Writer::key_prefix(int index) const {
+    if (lua_type(L_, index) != LUA_TUSERDATA || !is_handle(index)) return std::nullopt;
+    const Handle handle = look_at(index);
+    if (is_stale(handle)) return std::nullopt;
+    return handle.type == KL_OBJECT_TYPE_APP ? std::string() : handle.name + ".";
 }
 
 std::string Writer::table_text(int index) {
@@ -261,6 +284,10 @@ std::string value_texts(const Application &app, lua_State *L, int count, int fac
     std::string texts;
     for (int index = 1; index <= count; ++index) texts += (index > 1 ? ", " : "") + writer.text(index);
     return texts;
+}
+
+std::optional<std::string> handle_key_prefix(const Application &app, lua_State *L, int index, int facts) {
+    return Writer(app, L, facts).key_prefix(index);
 }
 
 } // namespace kelhost

@@ -1,6 +1,7 @@
 // value_text.h: Lua values as a reader wants to see them.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include <lua.hpp>
@@ -19,5 +20,9 @@ void push_handle_facts(lua_State *L);
 // "<control main.ok>" or, when nothing has the name any more, "<stale control main.ok>", tables with their fields in
 // order, as deep and as many as a reader can take. facts: where that table is. Raises nothing; may throw bad_alloc.
 std::string value_texts(const Application &app, lua_State *L, int count, int facts);
+
+// [-0, +0] What the keys of the variables of the handle's object begin with: its name and a dot, or nothing for the
+// application. Null when there is no handle at that absolute index, or its object has gone. May throw bad_alloc.
+std::optional<std::string> handle_key_prefix(const Application &app, lua_State *L, int index, int facts);
 
 } // namespace kelhost
