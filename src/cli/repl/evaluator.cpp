@@ -30,7 +30,11 @@ std::string fault_of(const std::string &code) {
     return lua_tostring(state.get(), -1);
 }
 
-bool is_for_want_of_more(const std::string &fault) { return fault.ends_with("'<eof>'"); }
+// A string in quotes ends with its line, unless a backslash takes it on to the next.
+bool is_for_want_of_more(const std::string &code, const std::string &fault) {
+    if (!fault.ends_with("'<eof>'")) return false;
+    return fault.find(": unfinished string near ") == std::string::npos || code.ends_with('\\');
+}
 
 struct Evaluation {
     const Application &app;
@@ -82,7 +86,7 @@ Outcome evaluate(Application &app, const std::string &code, bool more_can_come) 
     if (expression_fault.empty()) return run(app, expression);
     const std::string fault = asks_for_value ? expression_fault : fault_of(code);
     if (fault.empty()) return run(app, code);
-    if (more_can_come && (is_for_want_of_more(expression_fault) || is_for_want_of_more(fault)))
+    if (more_can_come && (is_for_want_of_more(code, expression_fault) || is_for_want_of_more(code, fault)))
         return Outcome::unfinished;
     report_error(fault);
     return Outcome::failed;
