@@ -4,6 +4,7 @@ import contextlib
 import fcntl
 import os
 import pty
+import resource
 import select
 import signal
 import subprocess
@@ -108,8 +109,8 @@ class Results(ReplTest):
 
     def test_results_in_great_number_are_an_error_like_any_other(self):
         self.write_app()
-        result = self.repl("unpack({}, 1, 7900)", "1")
-        self.assertEqual(result.out.splitlines()[-1], "1")
+        result = self.repl("unpack({}, 1, 7990)", "1")
+        self.assertResult(result, FAILED, "1\n", "error: stack overflow (too many results)\n")
 
 
 class Code(ReplTest):
@@ -132,6 +133,15 @@ class Code(ReplTest):
         self.write_app()
         result = self.repl("if true then", "x = 1")
         self.assertResult(result, FAILED, err="error: stdin:3: 'end' expected (to close 'if' at line 1) near '<eof>'\n")
+
+    def test_a_string_in_quotes_ends_with_its_line(self):
+        self.write_app()
+        fault = "error: stdin:1: unfinished string near '<eof>'\n"
+        result = self.repl('"unfinished', "'2", "1", merged=True)
+        self.assertResult(result, FAILED, fault * 2 + "1\n")
+        result = self.repl('"a\\', 'b"', '"a\\', "b", "2", merged=True)
+        self.assertEqual((result.status, result.out.splitlines()[0], result.out.splitlines()[-1]),
+                         (FAILED, '"a\\nb"', "2"))
 
     def test_the_last_line_needs_no_end(self):
         self.write_app()
@@ -262,6 +272,11 @@ class Commands(ReplTest):
         for word in (":tree [NAME]", ":vars [PREFIX]", ":snapshot [SCREEN] FILE", ":event NAME[:TARGET]", ":reload", ":help", ":quit"):
             self.assertIn(f"  {word} ", result.out)
 
+    def test_blanks_before_the_colon_are_nothing(self):
+        self.write_app()
+        self.assertIn("\n  :quit ", self.repl(" :help").out)
+        self.assertResult(self.repl("\t :quit", "1"), SUCCEEDED)
+
     def test_quit_ends_the_session(self):
         self.write_app()
         self.assertResult(self.repl(":quit", "1"), SUCCEEDED)
@@ -282,12 +297,16 @@ class Terminal:
 
     PROMPT = "\n> "
 
-    def __init__(self, folder, *arguments, **changes):
+    def __init__(self, folder, *arguments, file_size=None, **changes):
+        """file_size: the most that it can write to a file, as on a full disk."""
         controller, terminal = pty.openpty()
 
         def take_terminal():
             os.setsid()
             fcntl.ioctl(terminal, termios.TIOCSCTTY, 0)
+            if file_size is not None:
+                signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+                resource.setrlimit(resource.RLIMIT_FSIZE, (file_size, file_size))
 
         self.controller = controller
         self.process = subprocess.Popen(
@@ -356,7 +375,7 @@ class AtTerminal(ReplTest):
         self.assertTrue(self.greeting.startswith("kel "), self.greeting)
         self.assertIn(", application demo. :help lists the commands, Ctrl-D ends.\n> ", self.greeting)
         self.assertEqual(terminal.run("1 + 1"), "2")
-        self.assertIn("12\n", terminal.type("'2'" + self.LEFT * 2 + "1\n", '"12"\n> ') + "12\n")
+        self.assertTrue(terminal.type("'2'" + self.LEFT * 2 + "1\n").endswith('\n"12"\n> '))
         self.assertIn('"°C"', terminal.run("'°C'"))
         self.assertEqual(terminal.run("'ä" + "\x7f" + "b'"), '"b"')
         self.leave(terminal)
@@ -386,6 +405,47 @@ class AtTerminal(ReplTest):
         self.assertEqual(terminal.run("io_"), "1")
         self.leave(terminal)
 
+    def test_ctrl_c_ends_handlers_that_queue_each_other(self):
+        self.write_app(scripts={"a.lua": """
+            n = 0
+            function go() n = n + 1 if n == 1 then print('on') end kel.queue_event('go') end
+            function spin() print('on') kel.queue_event('spin') while true do end end
+        """}, handlers=[{"event": event, "function": event} for event in ("go", "spin")])
+        terminal = self.open()
+        for line in ("kel.queue_event('spin')", ":event spin"):
+            terminal.type(line + "\n", "\non\n")
+            os.write(terminal.controller, self.CTRL_C.encode())
+            shown = terminal.read_until(Terminal.PROMPT)
+            self.assertIn("a.lua:4: interrupted\n", shown)
+            self.assertIn("warning: Interrupted: events that waited are dropped, 1\n", shown)
+            self.assertEqual(terminal.run("1"), "1")
+        self.leave(terminal)
+
+    HANGS = "print('on') return string.rep('a', 100000):find('.-.-.-.-b')"
+
+    def test_ctrl_c_ends_the_tool_where_a_library_function_does_not_end(self):
+        self.write_app()
+        terminal = self.open()
+        terminal.type(self.HANGS + "\n", "\non\n")
+        os.write(terminal.controller, self.CTRL_C.encode())
+        time.sleep(0.2)
+        self.assertIsNone(terminal.process.poll())
+        os.write(terminal.controller, self.CTRL_C.encode())
+        shown = terminal.read_until("note: a library function does not end; Ctrl-C again ends kel\n")
+        self.assertEqual(shown.count("note: "), 1)
+        self.assertIsNone(terminal.process.poll())
+        os.write(terminal.controller, self.CTRL_C.encode())
+        self.assertEqual(terminal.process.wait(SECONDS), 130)
+        self.assertTrue(termios.tcgetattr(terminal.controller)[3] & termios.ICANON)
+
+    def test_ctrl_c_at_the_prompt_never_ends_the_tool(self):
+        self.write_app()
+        terminal = self.open()
+        for _ in range(4):
+            self.assertIn("^C\n> ", terminal.type("x" + self.CTRL_C))
+        self.assertEqual(terminal.run("1"), "1")
+        self.leave(terminal)
+
     def test_ctrl_c_ends_a_script_of_the_application_at_its_start(self):
         self.write_app(scripts={"a.lua": "print('on') while true do end"})
         terminal = Terminal(self.folder, "demo", XDG_STATE_HOME=str(self.folder))
@@ -408,6 +468,7 @@ class AtTerminal(ReplTest):
     def test_tab_completes_from_the_running_application(self):
         self.write_app(variables={"target": 1, "tariff": 2}, scripts={"a.lua": """
             ok = keldom.get_object("main.ok")
+            layer, app = keldom.get_layer("main"), keldom.get_application()
             ui = {buttons = {first = ok}, press = print}
             called = false
             trap = setmetatable({}, {__index = function() called = true end})
@@ -432,6 +493,18 @@ class AtTerminal(ReplTest):
             (":tre", ":tree"),
             (":tree main.c", ":tree main.cancel"),
             (":event press:home.m", ":event press:home.main"),
+            ("  :tre", "  :tree"),
+            (" :tree main.c", " :tree main.cancel"),
+            (":snapshot ho", ":snapshot home"),
+            (":snapshot home ho", ":snapshot home ho"),
+            ('ok:get_value("kld_wi', 'ok:get_value("kld_width'),
+            ('ok:set_value("kld_x", 1, "kld_hi', 'ok:set_value("kld_x", 1, "kld_hidden'),
+            ("ui.buttons.first:get_data('kld_he", "ui.buttons.first:get_data('kld_height"),
+            ('x = ok:key("kld_wi', 'x = ok:key("kld_width'),
+            ('layer:get_value("cancel.kld_wi', 'layer:get_value("cancel.kld_width'),
+            ('app:get_value("tari', 'app:get_value("tariff'),
+            ('nosuch:get_value("kld_wi', 'nosuch:get_value("kld_wi'),
+            ('ui:get_value("kld_wi', 'ui:get_value("kld_wi'),
         ):
             with self.subTest(typed):
                 terminal.type(typed + self.TAB + "|", "|")
@@ -485,6 +558,29 @@ class AtTerminal(ReplTest):
         terminal = self.open()
         self.leave(terminal)
         self.assertEqual(self.read("state/kel/history"), "".join(f"x = {number}\n" for number in range(1000, 2000)))
+
+    def test_history_that_cannot_be_cut_stays_as_it_is(self):
+        self.write_app()
+        lines = "".join(f"x = {number}\n" for number in range(2500))
+        self.write("state/kel/history", lines)
+        terminal = Terminal(self.folder, "demo", file_size=4096, XDG_STATE_HOME=str(self.folder / "state"))
+        self.addCleanup(terminal.close)
+        terminal.read_until(Terminal.PROMPT)
+        self.assertEqual(terminal.run("1"), "1")
+        self.leave(terminal)
+        self.assertEqual(self.read("state/kel/history"), lines)
+        self.assertEqual([path.name for path in (self.folder / "state/kel").iterdir()], ["history"])
+
+    def test_history_is_a_regular_file_or_none(self):
+        self.write_app()
+        folder = self.folder / "state" / "kel"
+        folder.mkdir(parents=True)
+        for make in (lambda file: file.symlink_to("/dev/zero"), os.mkfifo):
+            make(folder / "history")
+            terminal = self.open()
+            self.assertEqual(terminal.run("1"), "1")
+            self.leave(terminal)
+            (folder / "history").unlink()
 
     def test_without_a_place_for_history_all_else_works(self):
         self.write_app()
