@@ -192,22 +192,22 @@ class Watch(ToolTest):
         tool.end()
 
     def test_the_file_that_a_link_leads_to(self):
-        self.write("shared/real.lua", SCRIPT % 1)
+        self.write("elsewhere/real.lua", SCRIPT % 1)
         self.write_app()
         app = (self.folder / "demo/app.json").read_text(encoding="utf-8")
         self.write("demo/app.json", app.replace("{", '{"scripts": ["main.lua", "folder/real.lua"],', 1))
         os.symlink("../links/link.lua", self.folder / "demo/main.lua")
-        os.symlink("../shared", self.folder / "demo/folder")
+        os.symlink("../elsewhere", self.folder / "demo/folder")
         (self.folder / "links").mkdir()
-        os.symlink(self.folder / "shared/other.lua", self.folder / "links/link.lua") # leads nowhere yet
+        os.symlink(self.folder / "elsewhere/other.lua", self.folder / "links/link.lua") # leads nowhere yet
         tool = Watching(self)
         tool.expect('demo/app.json: $.scripts[0]: cannot read "demo/main.lua" (No such file or directory), expected a Lua '
                     "script", "1 fault in demo/app.json")
-        self.write("shared/other.lua", SCRIPT % "other 1")
+        self.write("elsewhere/other.lua", SCRIPT % "other 1")
         tool.expect("changed: demo/main.lua", "version other 1", "version 1")
-        self.write("shared/other.lua", SCRIPT % "other 2")
+        self.write("elsewhere/other.lua", SCRIPT % "other 2")
         tool.expect("changed: demo/main.lua", "version other 2", "version 1")
-        self.write("shared/real.lua", SCRIPT % 2)
+        self.write("elsewhere/real.lua", SCRIPT % 2)
         tool.expect("changed: demo/folder/real.lua", "version other 2", "version 2")
         tool.end()
 
