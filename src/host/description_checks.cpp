@@ -56,7 +56,7 @@ void DescriptionChecks::check_range(const Place &owner, std::string_view member,
 }
 
 void DescriptionChecks::check_reference(const std::string &name, const Place &place, const Choices &choices) {
-    if (!choices.all_known || choices.names.count(name) != 0) return;
+    if (!choices.all_known || choices.names.contains(name)) return;
     ClosestName closest(name);
     if (report_.may_guess())
         for (const std::string_view candidate : choices.in_order) closest.offer(candidate);

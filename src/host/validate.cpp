@@ -187,7 +187,7 @@ void Validator::check_screen(const ScreenDescription &screen, const Place &place
 void Validator::check_instance(const LayerInstanceDescription &instance, const Place &place, const Container &screen,
                                const Scope::Use &use, const Choices &layers) {
     const Place layer = place.member("layer");
-    if (layers.names.count(instance.layer) == 0)
+    if (!layers.names.contains(instance.layer))
         check_reference(instance.layer, layer, layers);
     else if (is_valid_name(instance.layer))
         check_name(instance.layer, layer, screen, use);
