@@ -13,6 +13,7 @@ import unittest
 KEL = os.path.abspath(os.environ["KEL"])
 PLUGIN = os.path.abspath(os.environ["KEL_PLUGIN"])
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
+ON_LUAJIT = os.environ.get("KEL_LUA") == "luajit"
 
 SUCCEEDED, FAILED, BAD_INPUT = 0, 1, 2
 

@@ -9,10 +9,9 @@ import subprocess
 import time
 import unittest
 
-from kel_tool import BAD_INPUT, FAILED, KEL, PROJECT, SUCCEEDED, ToolTest, environment
+from kel_tool import BAD_INPUT, FAILED, KEL, ON_LUAJIT, PROJECT, SUCCEEDED, ToolTest, environment
 
 HOSTILE = PROJECT / "tests/cli/hostile"
-ON_LUAJIT = os.environ["KEL_LUA"] == "luajit"
 
 MAIN = """
 function alive() print("alive") end

@@ -1,9 +1,10 @@
 # test_testing.py: `kel test`: results and their forms, the helpers, snapshots, and what tests may not change.
 
 import re
+import unittest
 import xml.etree.ElementTree as ElementTree
 
-from kel_tool import BAD_INPUT, FAILED, PROJECT, SUCCEEDED, ToolTest
+from kel_tool import BAD_INPUT, FAILED, ON_LUAJIT, PROJECT, SUCCEEDED, ToolTest
 
 SCRIPT = """\
 function pressed(event)
@@ -323,7 +324,8 @@ class Limits(TestingTest):
         for code, places in ((loop, place),
                              (f"xpcall(error, function() {loop} end)", place),
                              (f"xpcall(function() {loop} end, function() {loop} end)", place),
-                             (f"coroutine.wrap(function() {loop} end)()", 2 * place),
+                             # Lua 5.1 puts the place before a coroutine's error once more.
+                             (f"coroutine.wrap(function() {loop} end)()", place if ON_LUAJIT else 2 * place),
                              ("while true do coroutine.create(function() end) end", place)):
             with self.subTest(code=code):
                 found = self.failures(f'it("a", function() {code} end)\nit("b", function() end)',
@@ -342,6 +344,7 @@ class Limits(TestingTest):
             result = self.run_tests(start + code, "--max-instructions", "0", "--timeout", "0.3")
             self.assertEqual(result.err, f'error: timed out after 0.3 seconds, while code "{name}" was running\n')
 
+    @unittest.skipIf(ON_LUAJIT, "there the collector finds room for the next test")
     def test_the_memory_limit_names_the_test(self):
         messages = self.failures("""\
 it("a", function() kept = {} pcall(function() for i = 1, 1e9 do kept[i] = {} end end) end)
