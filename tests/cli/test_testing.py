@@ -404,7 +404,7 @@ class Input(TestingTest):
 
     def test_all_that_lua_takes_for_a_pattern_can_be_a_filter(self):
         patterns = ("^(a)()%1[]x%]^-]*[^]b]?%b()%f[%W]%%.-$", 32 * "()", "[a-]", "*", "]", "a^$b", "((a)b)%2", "%bxx")
-        checks = "".join(f'assert(pcall(string.find, "aab(x)%", [==[{pattern}]==]))\n' for pattern in patterns)
+        checks = "".join(f'string.find("aab(x)%", [==[{pattern}]==])\n' for pattern in patterns)
         result = self.run_tests(f'it("x", function()\n{checks}end)')
         self.assertEqual(result.status, SUCCEEDED, result.out)
         for pattern in patterns:

@@ -58,7 +58,10 @@ int run_chunk(lua_State *L) {
     if (luaL_loadbuffer(L, evaluation.chunk.data(), evaluation.chunk.size(), chunk_name) != 0) return lua_error(L);
     lua_call(L, 0, LUA_MULTRET);
     const int count = lua_gettop(L);
-    luaL_checkstack(L, value_text_slots, "too many results");
+    if (lua_checkstack(L, value_text_slots) == 0) {
+        lua_settop(L, 0); // an error needs room too
+        return luaL_error(L, "stack overflow (too many results)");
+    }
     push_handle_facts(L);
     describe(L, evaluation, count);
     return 0;
