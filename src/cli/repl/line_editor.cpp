@@ -5,8 +5,8 @@
 #include "ctrl_c.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+#include <poll.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <editline/readline.h>
@@ -33,17 +35,31 @@ struct Free {
     void operator()(void *block) const noexcept { std::free(block); }
 };
 
+// Waits for a byte; false when a signal came instead. Ctrl-C reaches the tool in the wait alone, so that a press in the
+// midst of other work is not forgotten when the wait begins.
+bool wait_for_byte() {
+    sigset_t interrupt;
+    sigset_t before;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &interrupt, &before);
+    pollfd keys = {STDIN_FILENO, POLLIN, 0};
+    const bool came = !CtrlC::pressed() && ppoll(&keys, 1, nullptr, &before) == 1;
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return came;
+}
+
 // A key, which may be several bytes. EOF when the line is cancelled, or standard input has ended.
 int read_key(std::FILE *) {
     std::mbstate_t state = {};
     for (;;) {
-        char byte = 0;
-        const ssize_t count = ::read(STDIN_FILENO, &byte, 1);
-        if (count < 0 && errno == EINTR && !CtrlC::pressed()) {
+        if (!wait_for_byte()) {
+            if (CtrlC::pressed()) return EOF;
             rl_resize_terminal();
             continue;
         }
-        if (count != 1) return EOF;
+        char byte = 0;
+        if (::read(STDIN_FILENO, &byte, 1) != 1) return EOF;
         wchar_t key = 0;
         const std::size_t used = std::mbrtowc(&key, &byte, 1, &state);
         if (used == static_cast<std::size_t>(-1)) state = {}; // no character: the byte is passed over
