@@ -126,7 +126,7 @@ class Settings(EditorTest):
     def test_the_thermostats_settings_switch_off_what_scripts_do_not_find(self):
         settings = json.loads((THERMOSTAT / ".luarc.json").read_text(encoding="utf-8"))
         self.assertEqual(settings["runtime.version"], "Lua 5.1")
-        (library,) = settings["workspace.library"]
+        (library,) = settings["workspace"]["library"]
         self.assertEqual((THERMOSTAT / library).resolve(), PROJECT / "lua")
         builtin = settings["runtime.builtin"]
         self.assertEqual(set(builtin.values()), {"disable"})
